@@ -1,0 +1,49 @@
+# vela_floor(NAME FOLDER ON FLOOR...): one folder of sources as one target. Its include view is a
+# folder of the build tree that holds nothing but a link to FOLDER, so "NAME/Header.h" is found by
+# this floor and by those that stand on it, and by nobody else.
+function(vela_floor name folder)
+  cmake_parse_arguments(arg "" "" "ON" ${ARGN})
+  set(view ${CMAKE_BINARY_DIR}/view/${name})
+  file(MAKE_DIRECTORY ${view})
+  file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${view}/${name} SYMBOLIC)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  if(sources)
+    add_library(${name} OBJECT ${sources})
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${view}>)
+    target_link_libraries(${name} PUBLIC ${arg_ON})
+  else()
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${view}>)
+    target_link_libraries(${name} INTERFACE ${arg_ON})
+  endif()
+endfunction()
+
+# vela_library(NAME OF FLOOR... ON LIBRARY...): a shared library made of whole floors.
+function(vela_library name)
+  cmake_parse_arguments(arg "" "" "OF;ON" ${ARGN})
+  set(objects)
+  add_library(${name} SHARED)
+  foreach(floor ${arg_OF})
+    get_target_property(type ${floor} TYPE)
+    if(type STREQUAL OBJECT_LIBRARY)
+      target_sources(${name} PRIVATE $<TARGET_OBJECTS:${floor}>)
+    endif()
+    target_include_directories(${name} INTERFACE
+        $<BUILD_INTERFACE:${CMAKE_BINARY_DIR}/view/${floor}>)
+  endforeach()
+  target_link_libraries(${name} PUBLIC ${arg_ON})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
+      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+# vela_floor_tests(NAME FOLDER): one test program for one floor; FOLDER mirrors the floor's own.
+function(vela_floor_tests name folder library)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(test_${name} ${sources})
+  target_link_libraries(test_${name} PRIVATE ${library} vela_test_support)
+  gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
+      PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace Kel {
+
+/// The base of all exceptions of the framework; caught by type across the library's boundary.
+class [[gnu::visibility("default")]] Exception : public std::exception {
+ public:
+  explicit Exception(const std::string& message);
+  Exception(const Exception&) noexcept = default;
+  Exception& operator=(const Exception&) noexcept = default;
+  ~Exception() override;
+
+  const char* what() const noexcept override;
+
+ private:
+  std::shared_ptr<const std::string> message_;  // shared: copying an exception must not throw
+};
+
+/// A value outside what its type allows.
+class [[gnu::visibility("default")]] RangeException : public Exception {
+ public:
+  using Exception::Exception;
+  ~RangeException() override;
+};
+
+/// A child exists under the key, and it was built from other objects than those given now.
+class [[gnu::visibility("default")]] ReinstantiationException : public Exception {
+ public:
+  using Exception::Exception;
+  ~ReinstantiationException() override;
+};
+
+/// Raises RangeException with `message` unchanged.
+[[noreturn]] void throwRangeException(const std::string& message);
+
+namespace Impl {
+/// Raises ReinstantiationException: `collection` already holds `key`, built from other objects.
+[[noreturn]] void throwMutatorReinstantiating(const std::string& collection, const std::string& key);
+}  // namespace Impl
+
+}  // namespace Kel
