@@ -124,7 +124,10 @@ class Ipv6Reader {
       return fail(why, "groups follow the dotted part, which has to be last");
     }
     Octets octets;
-    if (!parseIpv4(dotted, octets, why)) return false;
+    std::string fault;
+    if (!parseIpv4(dotted, octets, fault)) {
+      return fail(why, "dotted part " + IpText::quoted(dotted) + ": " + fault);
+    }
     if (filled_ + octets.size() > bytes_.size()) {
       return fail(why, "more than eight groups given, the dotted part counted as two");
     }

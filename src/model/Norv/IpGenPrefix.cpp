@@ -13,10 +13,6 @@ namespace {
 constexpr std::string_view want =
     "; expected an address, a slash and a length in bits, such as 10.1.0.0/16 or 2001:db8::/32";
 
-std::string_view mostFor(const IpGenAddr& address) {
-  return address.isIpv4() ? ", the most for IPv4" : ", the most for IPv6";
-}
-
 bool parseLength(std::string_view text, const IpGenAddr& address, std::uint8_t& length,
                  std::string& why) {
   if (text.empty()) {
@@ -28,9 +24,8 @@ bool parseLength(std::string_view text, const IpGenAddr& address, std::uint8_t& 
     if (text.find_first_of(".:") != std::string_view::npos) why += "; a mask is not allowed";
     return false;
   }
-  if (IpText::parseDecimal(text, address.width(), "length", length, why)) return true;
-  why += mostFor(address);
-  return false;
+  const std::string_view name = address.isIpv4() ? "IPv4 length" : "IPv6 length";
+  return IpText::parseDecimal(text, address.width(), name, length, why);
 }
 
 }  // namespace
@@ -46,8 +41,7 @@ IpGenPrefix::IpGenPrefix(const IpGenAddr& address, unsigned length)
     : address_(address.network(length)), length_(static_cast<std::uint8_t>(length)) {
   if (length <= address.width()) return;
   Kel::throwRangeException("length " + std::to_string(length) + " of a prefix of " +
-                           address.stringValue() + " is above " + std::to_string(address.width()) +
-                           std::string(mostFor(address)));
+                           address.stringValue() + " is above " + std::to_string(address.width()));
 }
 
 bool IpGenPrefix::contains(const IpGenAddr& address) const noexcept {
@@ -77,7 +71,9 @@ bool kelParse(std::string_view text, IpGenPrefix& value, std::string& why) {
   IpGenAddr address;
   std::uint8_t length = 0;
   std::string_view addressWant;  // says too little: a prefix is wanted
-  if (parseAddress(text.substr(0, slash), address, why, addressWant)) {
+  if (slash == 0) {
+    why = "the address before the slash is missing";
+  } else if (parseAddress(text.substr(0, slash), address, why, addressWant)) {
     if (hasLength && parseLength(text.substr(slash + 1), address, length, why)) {
       value = IpGenPrefix(address, length);
       return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -23,8 +24,9 @@ struct TrafficInspection {
   /// Spreads over all 32 bits, so that a table may take any of them. Not stable between versions.
   constexpr std::uint32_t hash() const noexcept { return value * 0x9e3779b1U; }
 
-  friend constexpr bool operator==(const TrafficInspection&,
-                                   const TrafficInspection&) noexcept = default;
+  /// By value.
+  friend constexpr auto operator<=>(const TrafficInspection&,
+                                    const TrafficInspection&) noexcept = default;
 };
 
 static_assert(sizeof(TrafficInspection) == 1);
