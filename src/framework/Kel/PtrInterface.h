@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Brix/Counted.h"
+#include "Brix/Ptr.h"
+#include "Brix/Publisher.h"
+#include "Kel/TypeDescriptor.h"
+
+namespace Kel {
+
+using Brix::AttrId;
+using Brix::threadSafePointers;
+
+/// The base of every framework object, entity or state machine: counted, described, switchable.
+class PtrInterface : public Brix::Counted {
+ public:
+  /// The type's descriptor: the module that defines it, and its index there.
+  virtual FwkType fwkType() const noexcept = 0;
+  ~PtrInterface() override = default;
+
+  bool hasNotificationActive() const noexcept { return notificationActive_; }
+  /// Switches the object's reactors on or off; off when an object is made, and switched on by its
+  /// creator. Cannot fail: an exception inside ends the process.
+  virtual void hasNotificationActiveIs(bool on) noexcept { notificationActive_ = on; }
+
+  bool kelMarkedForDeletion() const noexcept { return markedForDeletion_; }
+  /// Sets the mark for deletion; a marked object ignores every notification.
+  virtual void kelDoZombieReactors(bool on) noexcept { markedForDeletion_ = on; }
+
+  /// What old-style notifiees register with; null for objects that cannot be watched that way.
+  virtual Brix::Publisher notifieeList() const noexcept { return {}; }
+
+ protected:
+  PtrInterface() noexcept = default;
+
+ private:
+  // They fill the gap behind the count, and what follows in derived classes goes on in it.
+  bool notificationActive_ = false;
+  bool markedForDeletion_ = false;
+};
+
+}  // namespace Kel

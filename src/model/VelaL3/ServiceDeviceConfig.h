@@ -1,0 +1,17 @@
+#pragma once
+
+#include "VelaL3/VrfConfig.h"
+
+namespace VelaL3 {
+
+/// One service device: a firewall, or a pair of firewalls.
+class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::serviceDevice> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3::ServiceDeviceConfig"; }
+  explicit ServiceDeviceConfig(const Kel::String& deviceName) : deviceName_(deviceName) {}
+
+  KEL_CONST(256, deviceName, Kel::String)
+  KEL_ENTRY(259, vrf, vrfName, VrfConfig)
+};
+
+}  // namespace VelaL3

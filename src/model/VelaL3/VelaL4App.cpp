@@ -1,0 +1,13 @@
+#include "VelaL3/VelaL4App.h"
+
+#include "Kel/Text.h"
+
+namespace VelaL3 {
+
+void kelAppend(std::string& out, const VelaL4App& app) {
+  Kel::appendValue(out, app.port);
+  out += '/';
+  Kel::appendValue(out, app.protocol);
+}
+
+}  // namespace VelaL3

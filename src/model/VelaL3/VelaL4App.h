@@ -1,0 +1,26 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+#include "Kel/Hash.h"
+
+namespace VelaL3 {
+
+/// A layer-4 application: a port of an IP protocol.
+struct VelaL4App {
+  std::uint16_t port = 0;
+  std::uint8_t protocol = 0;
+
+  std::uint32_t hash() const noexcept {
+    return Kel::hashOfNumber(port | std::uint64_t{protocol} << 16U);
+  }
+  bool operator==(const VelaL4App&) const noexcept = default;
+  auto operator<=>(const VelaL4App&) const noexcept = default;
+};
+
+/// "443/6": port and protocol.
+void kelAppend(std::string& out, const VelaL4App& app);
+
+}  // namespace VelaL3

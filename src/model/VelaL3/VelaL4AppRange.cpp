@@ -1,0 +1,15 @@
+#include "VelaL3/VelaL4AppRange.h"
+
+#include "Kel/Text.h"
+
+namespace VelaL3 {
+
+void kelAppend(std::string& out, const VelaL4AppRange& range) {
+  Kel::appendValue(out, range.first);
+  out += '-';
+  Kel::appendValue(out, range.last);
+  out += '/';
+  Kel::appendValue(out, range.protocol);
+}
+
+}  // namespace VelaL3

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "VelaL3/VelaPolicySetConfig.h"
+
+namespace VelaL3 {
+
+/// The policies of all devices: the root of the policy tree.
+class VelaPolicySourceConfig final
+    : public Kel::Entity<VelaPolicySourceConfig, Type::policySource> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3::VelaPolicySourceConfig"; }
+  static Brix::Ptr<VelaPolicySourceConfig> VelaPolicySourceConfigIs() { return create(); }
+
+  KEL_ENTRY(258, policySet, deviceName, VelaPolicySetConfig)
+};
+
+}  // namespace VelaL3

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "VelaL3/VelaPriority.h"
+#include "VelaL3/VelaRuleOriginConfig.h"
+
+namespace VelaL3 {
+
+/// One rule of a policy: its origins by name.
+class VelaRuleConfig final : public Kel::Entity<VelaRuleConfig, Type::rule> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3::VelaRuleConfig"; }
+  explicit VelaRuleConfig(VelaPriority priority) : priority_(priority) {}
+
+  KEL_CONST(256, priority, VelaPriority)
+  KEL_ENTRY(261, origin, name, VelaRuleOriginConfig)
+};
+
+}  // namespace VelaL3

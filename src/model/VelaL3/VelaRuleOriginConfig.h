@@ -1,0 +1,26 @@
+#pragma once
+
+#include "VelaL3/VelaAction.h"
+#include "VelaL3/VelaMatchConfig.h"
+#include "VelaL3/VelaPolicyModifier.h"
+
+namespace VelaL3 {
+
+/// One origin of a rule: who asked for it, and what it says. An absent action means forward, an
+/// absent log flag false, absent tags the empty text.
+class VelaRuleOriginConfig final : public Kel::Entity<VelaRuleOriginConfig, Type::origin> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3::VelaRuleOriginConfig"; }
+  explicit VelaRuleOriginConfig(const Kel::String& name) : name_(name) {}
+
+  KEL_CONST(256, name, Kel::String)
+  KEL_ATTR(259, tags, Kel::String)
+  KEL_ATTR(260, description, Kel::String)  // for people; nothing reacts to it
+  KEL_SET(261, policyModifierSet, VelaPolicyModifier)
+  KEL_ATTR(262, owner, Kel::String)  // for people; nothing reacts to it
+  KEL_SINGLE(263, match, VelaMatchConfig)
+  KEL_ATTR(264, action, VelaAction)
+  KEL_ATTR(265, log, bool)
+};
+
+}  // namespace VelaL3

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "L3/VrfName.h"
+#include "VelaL3/L3IntfConfig.h"
+
+namespace VelaL3 {
+
+/// One VRF of a service device: its interfaces by address, and the time at which the last burst of
+/// changes ended. Writing that time, also an equal one, is the signal that the burst is complete.
+class VrfConfig final : public Kel::Entity<VrfConfig, Type::vrf> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3::VrfConfig"; }
+  explicit VrfConfig(const L3::VrfName& vrfName) : vrfName_(vrfName) {}
+
+  KEL_CONST(256, vrfName, L3::VrfName)
+  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)
+  KEL_ATTR(260, timestamp, Kel::Seconds)
+};
+
+}  // namespace VelaL3

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "L3/VrfName.h"
+#include "VelaL3V2/L3IntfConfig.h"
+
+namespace VelaL3V2 {
+
+/// One network VRF of a service device: the VRF that it was made from (empty until that is known),
+/// the time of its last change (absent until the first one), and its interfaces by address.
+class NetVrfConfig final : public Kel::Entity<NetVrfConfig, Type::netVrf> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3V2::NetVrfConfig"; }
+  explicit NetVrfConfig(const Kel::String& netVrfName) : netVrfName_(netVrfName) {}
+
+  KEL_CONST(256, netVrfName, Kel::String)
+  KEL_ATTR(258, vrfName, L3::VrfName)
+  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)
+  KEL_ATTR(260, timestamp, Kel::Seconds)
+};
+
+}  // namespace VelaL3V2

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Vela/DeviceName.h"
+#include "Vela/TrafficInspection.h"
+#include "VelaL3V2/NetVrfConfig.h"
+
+namespace VelaL3V2 {
+
+/// One service device: its network VRFs by name, and how its traffic is inspected.
+class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::serviceDevice> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3V2::ServiceDeviceConfig"; }
+  explicit ServiceDeviceConfig(const Vela::DeviceName& deviceName) : deviceName_(deviceName) {}
+
+  KEL_CONST(256, deviceName, Vela::DeviceName)
+  KEL_ATTR(258, trafficInspection, Vela::TrafficInspection)
+  KEL_ENTRY(259, netVrf, netVrfName, NetVrfConfig)
+};
+
+}  // namespace VelaL3V2

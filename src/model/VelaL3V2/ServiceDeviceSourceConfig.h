@@ -1,0 +1,17 @@
+#pragma once
+
+#include "VelaL3V2/ServiceDeviceConfig.h"
+
+namespace VelaL3V2 {
+
+/// All service devices: the root of the service-device tree.
+class ServiceDeviceSourceConfig final
+    : public Kel::Entity<ServiceDeviceSourceConfig, Type::serviceDeviceSource> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3V2::ServiceDeviceSourceConfig"; }
+  static Brix::Ptr<ServiceDeviceSourceConfig> ServiceDeviceSourceConfigIs() { return create(); }
+
+  KEL_ENTRY(258, serviceDevice, deviceName, ServiceDeviceConfig)
+};
+
+}  // namespace VelaL3V2

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+#include "Kel/Hash.h"
+#include "Norv/IpGenAddr.h"
+
+namespace VelaL3V2 {
+
+/// The addresses from `first` to `last`; their order is not checked.
+struct VelaIpRange {
+  Norv::IpGenAddr first;
+  Norv::IpGenAddr last;
+
+  std::uint32_t hash() const noexcept {
+    return Kel::hashOfNumber(first.hash() | std::uint64_t{last.hash()} << 32U);
+  }
+  /// " IP range: 10.1.0.1-10.1.0.9", led by the blank and the label.
+  std::string stringValue() const;
+
+  bool operator==(const VelaIpRange&) const noexcept = default;
+  auto operator<=>(const VelaIpRange&) const noexcept = default;
+};
+
+void kelAppend(std::string& out, const VelaIpRange& range);
+
+}  // namespace VelaL3V2

@@ -1,0 +1,13 @@
+#include "VelaL3V2/VelaL4App.h"
+
+#include "Kel/Text.h"
+
+namespace VelaL3V2 {
+
+void kelAppend(std::string& out, const VelaL4App& app) {
+  Kel::appendValue(out, app.port);
+  out += '/';
+  Kel::appendValue(out, app.protocol);
+}
+
+}  // namespace VelaL3V2

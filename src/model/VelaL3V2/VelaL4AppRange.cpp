@@ -1,0 +1,15 @@
+#include "VelaL3V2/VelaL4AppRange.h"
+
+#include "Kel/Text.h"
+
+namespace VelaL3V2 {
+
+void kelAppend(std::string& out, const VelaL4AppRange& range) {
+  Kel::appendValue(out, range.first);
+  out += '-';
+  Kel::appendValue(out, range.last);
+  out += '/';
+  Kel::appendValue(out, range.protocol);
+}
+
+}  // namespace VelaL3V2

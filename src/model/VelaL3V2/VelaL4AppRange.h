@@ -1,0 +1,27 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+#include "Kel/Hash.h"
+
+namespace VelaL3V2 {
+
+/// The ports from `first` to `last` of an IP protocol; their order is not checked.
+struct VelaL4AppRange {
+  std::uint16_t first = 0;
+  std::uint16_t last = 0;
+  std::uint8_t protocol = 0;
+
+  std::uint32_t hash() const noexcept {
+    return Kel::hashOfNumber(first | std::uint64_t{last} << 16U | std::uint64_t{protocol} << 32U);
+  }
+  bool operator==(const VelaL4AppRange&) const noexcept = default;
+  auto operator<=>(const VelaL4AppRange&) const noexcept = default;
+};
+
+/// "8000-8080/6": first and last port, and protocol.
+void kelAppend(std::string& out, const VelaL4AppRange& range);
+
+}  // namespace VelaL3V2

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Kel/Attributes.h"
+#include "Norv/Norv.h"
+#include "VelaL3V2/Module.h"
+#include "VelaL3V2/VelaIpRange.h"
+#include "VelaL3V2/VelaL4App.h"
+#include "VelaL3V2/VelaL4AppRange.h"
+
+namespace VelaL3V2 {
+
+/// What traffic a rule applies to: seven sets of criteria.
+class VelaMatchConfig final : public Kel::Entity<VelaMatchConfig, Type::match> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3V2::VelaMatchConfig"; }
+
+  KEL_SET(258, srcIp, Norv::IpGenPrefix)
+  KEL_SET(259, srcIpRange, VelaIpRange)
+  KEL_SET(260, dstIp, Norv::IpGenPrefix)
+  KEL_SET(261, dstIpRange, VelaIpRange)
+  KEL_SET(262, l3App, Norv::IpProto)
+  KEL_SET(265, dstL4App, VelaL4App)
+  KEL_SET(266, dstL4AppRange, VelaL4AppRange)
+};
+
+}  // namespace VelaL3V2

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Vela/DeviceName.h"
+#include "VelaL3V2/VelaPolicyConfig.h"
+
+namespace VelaL3V2 {
+
+/// The policies of one device, by network VRF name.
+class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::policySet> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaL3V2::VelaPolicySetConfig"; }
+  explicit VelaPolicySetConfig(const Vela::DeviceName& deviceName) : deviceName_(deviceName) {}
+
+  KEL_CONST(256, deviceName, Vela::DeviceName)
+  KEL_ENTRY(259, policy, netVrfName, VelaPolicyConfig)
+};
+
+}  // namespace VelaL3V2

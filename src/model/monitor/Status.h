@@ -1,0 +1,16 @@
+#pragma once
+
+#include "monitor/DevicePolicyList.h"
+
+namespace VelaPolicyMonitor {
+
+/// What the monitor knows: one record per device.
+class Status final : public Kel::Entity<Status, MonitorType::status> {
+ public:
+  static constexpr const char* kelTypeName() { return "VelaPolicyMonitor::Status"; }
+  static Brix::Ptr<Status> StatusIs() { return create(); }
+
+  KEL_ENTRY(257, devicePolicyList, deviceName, DevicePolicyList)
+};
+
+}  // namespace VelaPolicyMonitor
