@@ -108,27 +108,11 @@ char* printAddress(char* at, const IpGenAddr& value) noexcept {
   return value.isIpv4() ? printDotted(at, bytes) : printGroups(at, bytes);
 }
 
-bool parseDecimal(std::string_view digits, unsigned most, std::string_view name,
-                  std::uint8_t& value, std::string& why) {
-  unsigned number = 0;
-  for (const char digit : digits.substr(0, 4))
-    number = number * 10 + static_cast<unsigned>(digit - '0');
-  if (digits.size() > 1 && digits[0] == '0') {
-    why = std::string(name) + ' ' + shown(digits) + " has a leading zero";
-    return false;
-  }
-  if (digits.size() > 3 || number > most) {
-    why = std::string(name) + ' ' + shown(digits) + " is above " + std::to_string(most);
-    return false;
-  }
-  value = static_cast<std::uint8_t>(number);
-  return true;
-}
-
-std::size_t digitCount(std::string_view text) noexcept {
-  std::size_t count = 0;
-  while (count < text.size() && text[count] >= '0' && text[count] <= '9') ++count;
-  return count;
+bool failDecimal(std::string_view digits, unsigned most, std::string_view name, std::string& why) {
+  const bool leadingZero = digits.size() > 1 && digits[0] == '0';
+  why = std::string(name) + ' ' + shown(digits) +
+        (leadingZero ? " has a leading zero" : " is above " + std::to_string(most));
+  return false;
 }
 
 std::string characterAt(std::string_view text, std::size_t position) {
