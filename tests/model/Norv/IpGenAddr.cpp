@@ -187,25 +187,18 @@ TEST(IpGenAddr, HashesEqualAddressesEqually) {
 }
 
 TEST(IpGenAddr, SpreadsTheHashesOfNeighboursOverAllBits) {
-  const auto expectSpread = [](const char* what, const std::vector<std::uint32_t>& hashes) {
-    for (const unsigned shift : {0U, 8U, 16U}) {
-      const HashSpread::Spread spread = HashSpread::spreadOf(hashes, shift);
-      EXPECT_GE(spread.filled, 40900U) << what << ", bits from " << shift;
-      EXPECT_LE(spread.fullest, 12U) << what << ", bits from " << shift;
-    }
-  };
   for (const unsigned step : {0U, 8U, 16U}) {
-    expectSpread("IPv4 neighbours", HashSpread::hashesOf([step](std::uint32_t i) {
-                   return IpGenAddr::ipv4(0x0a000000U + (i << step));
-                 }));
+    HashSpread::expectSpread("IPv4 neighbours", HashSpread::hashesOf([step](std::uint32_t i) {
+                               return IpGenAddr::ipv4(0x0a000000U + (i << step));
+                             }));
   }
   for (std::size_t byte = 0; byte < 15; ++byte) {
-    expectSpread("IPv6 neighbours", HashSpread::hashesOf([byte](std::uint32_t i) {
-                   std::array<std::uint8_t, 16> bytes{0x20, 0x01, 0x0d, 0xb8};
-                   bytes[byte] = static_cast<std::uint8_t>(i >> 8);
-                   bytes[byte + 1] = static_cast<std::uint8_t>(i);
-                   return IpGenAddr::ipv6(bytes);
-                 }));
+    HashSpread::expectSpread("IPv6 neighbours", HashSpread::hashesOf([byte](std::uint32_t i) {
+                               std::array<std::uint8_t, 16> bytes{0x20, 0x01, 0x0d, 0xb8};
+                               bytes[byte] = static_cast<std::uint8_t>(i >> 8);
+                               bytes[byte + 1] = static_cast<std::uint8_t>(i);
+                               return IpGenAddr::ipv6(bytes);
+                             }));
   }
 }
 
