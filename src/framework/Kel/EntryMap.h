@@ -1,0 +1,151 @@
+#pragma once
+
+#include <cassert>
+#include <cstddef>
+#include <iterator>
+#include <type_traits>
+#include <utility>
+
+#include "Brix/Ptr.h"
+#include "Kel/Hash.h"
+#include "Kel/PackedPointer.h"
+#include "Kel/Table.h"
+
+namespace Kel {
+
+/// An unordered map of counted objects that know their own key, one pointer wide and without memory
+/// while it is empty.
+///
+/// `KeyOf` is a const member function of T that returns the key, which never changes. Walks may be
+/// nested, and everything may happen to the map meanwhile (see Walk.h).
+template <class T, auto KeyOf>
+class EntryMap {
+ public:
+  using KeyResult = decltype((std::declval<const T&>().*KeyOf)());
+  using Key = std::remove_cvref_t<KeyResult>;
+
+  /// Holds the entry it stands on, so that the entry and its key stay good even if it is deleted.
+  class Iterator : public TableWalk {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    /// The key (by value when KeyOf returns it so) and the entry.
+    using reference = std::pair<KeyResult, const Brix::Ptr<T>&>;
+    using value_type = std::pair<Key, Brix::Ptr<T>>;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+
+    reference operator*() const noexcept { return {((*current_).*KeyOf)(), current_}; }
+    Iterator& operator++() noexcept {
+      current_.reset();  // first: what ends with it may change the map
+      step();
+      return *this;
+    }
+    Iterator operator++(int) noexcept {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    /// Tells only whether both walks are done or neither is.
+    bool operator==(const Iterator& other) const noexcept { return done() == other.done(); }
+
+   private:
+    friend class EntryMap;
+
+    Iterator() noexcept = default;
+    explicit Iterator(const EntryMap& map) noexcept
+        : TableWalk(map.table_.anchor(), reinterpret_cast<const std::byte*>(map.table_.slots()),
+                    map.table_.size()) {
+      step();
+    }
+    void step() noexcept {
+      if (at_ == end_) {
+        leave();
+      } else {
+        const std::byte* const slot = slots_ + at_++ * sizeof(Slot);
+        current_ = Brix::Ptr<T>(reinterpret_cast<const Slot*>(slot)->entry.get());
+      }
+    }
+
+    Brix::Ptr<T> current_;
+  };
+  using iterator = Iterator;
+  using const_iterator = Iterator;
+
+  EntryMap() noexcept = default;
+  EntryMap(const EntryMap&) = delete;
+  EntryMap& operator=(const EntryMap&) = delete;
+  ~EntryMap() { clear(); }
+
+  /// The entry of this key; null when absent. The key may be of any type that compares equal to
+  /// keys and has the same hash, such as text for a string.
+  template <class L>
+  T* find(const L& key) const noexcept {
+    const std::uint32_t at = positionOf(key);
+    return at == Slots::kNone ? nullptr : table_.slots()[at].entry.get();
+  }
+
+  /// Adds an entry whose key is absent. Raises std::bad_alloc and changes nothing (the entry goes)
+  /// when there is no memory.
+  void insert(Brix::Ptr<T> entry) {
+    const Slot slot{PackedPointer<T>(entry.get()), hashOf(((*entry).*KeyOf)())};
+    assert(positionOf(((*entry).*KeyOf)()) == Slots::kNone && "the key is in the map already");
+    table_.append(slot, slot.hash);
+    static_cast<void>(entry.release());
+  }
+
+  /// Takes the entry out of the map and hands it out; null when absent. The key may be a reference
+  /// into the entry.
+  template <class L>
+  Brix::Ptr<T> take(const L& key) noexcept {
+    const std::uint32_t at = positionOf(key);
+    if (at == Slots::kNone) {
+      return nullptr;
+    }
+    Brix::Ptr<T> entry(table_.slots()[at].entry.get(), Brix::adopt);
+    table_.erase(at);
+    return entry;
+  }
+
+  std::size_t size() const noexcept { return table_.size(); }
+  bool empty() const noexcept { return size() == 0; }
+  /// Makes room for `size` entries, not more.
+  void reserve(std::size_t size) { table_.reserve(size); }
+  std::size_t heapBytes() const noexcept { return table_.heapBytes(); }
+
+  /// Deletes all entries. The map is empty before the first of them ends; what they add to it while
+  /// they end is deleted as well.
+  void clear() noexcept {
+    while (!empty()) {
+      const auto block = table_.detach();
+      for (std::uint32_t at = 0; at != Slots::sizeOf(block); ++at) {
+        const Brix::Ptr<T> entry(Slots::slotsOf(block)[at].entry.get(), Brix::adopt);
+      }
+      Slots::free(block);
+    }
+  }
+
+  Iterator begin() const noexcept { return empty() ? Iterator() : Iterator(*this); }
+  Iterator end() const noexcept { return Iterator(); }
+
+ private:
+  struct Slot {
+    PackedPointer<T> entry;
+    std::uint32_t hash;
+  };
+  struct SlotHash {
+    std::uint32_t operator()(const Slot& slot) const noexcept { return slot.hash; }
+  };
+  using Slots = Table<Slot, SlotHash>;
+
+  template <class L>
+  std::uint32_t positionOf(const L& key) const noexcept {
+    const std::uint32_t hash = hashOf(key);
+    return table_.find(hash, [&key, hash](const Slot& slot) {
+      return slot.hash == hash && ((*slot.entry.get()).*KeyOf)() == key;
+    });
+  }
+
+  Slots table_;
+};
+
+}  // namespace Kel

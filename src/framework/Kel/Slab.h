@@ -1,0 +1,140 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <new>
+
+#include "Brix/Counted.h"
+
+namespace Kel {
+
+/// Memory for the objects of one type, and the count of them.
+class Slab {
+ public:
+  /// `typeName` is kept, not copied. `size` is in bytes, `align` is a power of two.
+  Slab(const char* typeName, std::size_t size, std::size_t align);
+  Slab(const Slab&) = delete;
+  Slab& operator=(const Slab&) = delete;
+  /// No object is left.
+  ~Slab();
+
+  /// A block for one object. Raises std::bad_alloc and changes nothing when there is no memory.
+  void* allocate() {
+    if (open_ == nullptr || Brix::threadSafePointers.load(std::memory_order_relaxed)) {
+      return allocateSlowly();
+    }
+    return take(*open_);
+  }
+  /// Takes back a block; null is none.
+  void deallocate(void* block) noexcept {
+    if (blocksPerPage_ == 0 || block == nullptr ||
+        Brix::threadSafePointers.load(std::memory_order_relaxed)) {
+      deallocateSlowly(block);
+    } else {
+      give(block);
+    }
+  }
+
+  /// The objects there are at this moment.
+  std::size_t live() const noexcept;
+  /// The most objects there ever were at one moment.
+  std::size_t peak() const noexcept;
+  /// The memory held from the system, in bytes.
+  std::size_t bytes() const noexcept;
+  const char* typeName() const noexcept { return typeName_; }
+  /// The size of one object, in bytes.
+  std::size_t objectSize() const noexcept { return objectSize_; }
+
+  /// Calls `visit` for every slab of the process, sorted by type name.
+  static void forEach(void (*visit)(void* context, const Slab& slab), void* context);
+
+ private:
+  struct Block {
+    Block* next;
+  };
+  struct Page {
+    Page* previous;
+    Page* next;
+    Block* free;       // blocks that came back
+    std::byte* fresh;  // the first of those that were never out
+    std::uint32_t used;
+  };
+
+  static constexpr std::size_t kPage = 32768;
+
+  static Page& pageOf(void* block) noexcept {
+    const auto offset = reinterpret_cast<std::uintptr_t>(block) & (kPage - 1);
+    return *reinterpret_cast<Page*>(static_cast<std::byte*>(block) - offset);
+  }
+
+  void* take(Page& page) noexcept {
+    void* block = page.free;
+    if (page.free != nullptr) {
+      page.free = page.free->next;
+    } else {
+      block = page.fresh;
+      page.fresh += blockSize_;
+    }
+    if (++page.used == blocksPerPage_) {
+      close(page);
+    }
+    if (++live_ > peak_) {
+      peak_ = live_;
+    }
+    return block;
+  }
+  void give(void* block) noexcept {
+    Page& page = pageOf(block);
+    page.free = new (block) Block{page.free};
+    --live_;
+    const std::uint32_t used = page.used--;
+    if (used == blocksPerPage_) {
+      open(page);
+    }
+    if (used == 1 && &page != open_) {
+      drop(page);
+    }
+  }
+
+  void* allocateSlowly();
+  void deallocateSlowly(void* block) noexcept;
+  void addPage();
+  void open(Page& page) noexcept;
+  void close(Page& page) noexcept;
+  void drop(Page& page) noexcept;
+
+  Page* open_ = nullptr;  // the pages with free blocks; only the first of them may be empty
+  std::size_t live_ = 0;
+  std::size_t peak_ = 0;
+  std::uint32_t blockSize_;
+  std::uint32_t blocksPerPage_;  // 0: no pages, each block comes from the system
+  const char* typeName_;
+  std::size_t objectSize_;
+  std::size_t align_;
+  std::size_t pages_ = 0;
+  mutable std::mutex mutex_;  // taken only while Brix::threadSafePointers is on
+};
+
+/// The slab of T, whose name is T::kelTypeName(). Deliberate: it is never destroyed, because
+/// objects with static storage end while the process does.
+template <class T>
+Slab& slabOf() {
+  static Slab& slab = *new Slab(T::kelTypeName(), sizeof(T), alignof(T));
+  return slab;
+}
+
+/// Base of T that makes `new T` take its memory from T's slab. A block whose constructor raises
+/// goes back, and is counted back, by the rules of the language. Types derived from T are not
+/// counted.
+template <class T>
+struct SlabAllocated {
+  static void* operator new(std::size_t size) {
+    return size == sizeof(T) ? slabOf<T>().allocate() : ::operator new(size);
+  }
+  static void operator delete(void* block, std::size_t size) noexcept {
+    size == sizeof(T) ? slabOf<T>().deallocate(block) : ::operator delete(block);
+  }
+};
+
+}  // namespace Kel
