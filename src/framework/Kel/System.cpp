@@ -1,0 +1,35 @@
+#include "Kel/System.h"
+
+#include <atomic>
+#include <ctime>
+#include <utility>
+
+namespace Kel::System {
+namespace {
+
+// Never destroyed: state machines that die after main returns still read the time.
+std::function<Seconds()>& ownClock() {
+  static auto* const clock = new std::function<Seconds()>;
+  return *clock;
+}
+
+constinit std::atomic<bool> hasOwnClock{false};
+
+}  // namespace
+
+Seconds currentTime() {
+  if (hasOwnClock.load(std::memory_order_acquire)) {
+    return ownClock()();
+  }
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<Seconds>(now.tv_sec) + static_cast<Seconds>(now.tv_nsec) * 1e-9;
+}
+
+void clockIs(std::function<Seconds()> clock) {
+  const bool set = static_cast<bool>(clock);
+  ownClock() = std::move(clock);
+  hasOwnClock.store(set, std::memory_order_release);
+}
+
+}  // namespace Kel::System

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace Lumo {
+
+/// The first bytes of a segment. Exactly the packet header and context that the metadata describes.
+struct PacketHeader {
+  static constexpr std::uint32_t kMagic = 0xC1FC1FC1;
+
+  std::uint32_t magic;
+  std::array<std::uint8_t, 16> uuid;
+  std::uint32_t streamId;
+  std::uint64_t streamInstance;  ///< the number of the segment
+  std::uint64_t begin;           ///< stamp of the first record
+  std::uint64_t end;             ///< at least the stamp of the last record
+  std::uint64_t contentBits;     ///< what is valid: this header and whole records
+  std::uint64_t packetBits;      ///< the size of the segment
+  std::uint64_t sequence;        ///< counts the segments in the order of their use; 0: never used
+  std::uint64_t discarded;       ///< records dropped since the trace was opened
+};
+static_assert(sizeof(PacketHeader) == 80 && offsetof(PacketHeader, begin) == 32,
+              "no gaps: the metadata describes every byte");
+
+/// What precedes the values of a record: site (4 bytes), stamp (8), printed time (8, a double).
+inline constexpr std::size_t kRecordHeader = 20;
+
+}  // namespace Lumo

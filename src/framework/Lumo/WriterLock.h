@@ -1,0 +1,65 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+
+namespace Lumo {
+
+/// Keeps writers of a ring apart at the price of a plain store, as long as there is one thread.
+///
+/// The library runs in one event loop, so nearly always one thread writes all records, and an
+/// atomic read-modify-write per record would cost more than the record. But a host is free to have
+/// other threads, and a trace must not be the thing that breaks then. So the lock is *biased*: it
+/// belongs to the first thread that takes it. That thread takes it by storing `busy_` and looking
+/// whether `shared_` is still false, with no fence between: the processor may do the two in either
+/// order.
+///
+/// Another thread that comes sets `shared_` and then asks the kernel for a barrier on every
+/// processor that runs a thread of this process (membarrier). After it the owner either has seen
+/// `shared_`, or its `busy_` is visible and is waited for. From then on the lock is an ordinary
+/// spinning one, for everybody and for good: a program that has threads keeps having them.
+///
+/// Where the kernel refuses the barrier the lock is shared from the beginning. In either state a
+/// thread that already holds the lock and comes again (from a signal handler that interrupted a
+/// record) is turned away.
+class WriterLock {
+ public:
+  WriterLock();
+
+  /// False when this thread is already inside.
+  bool enter() noexcept {
+    if (owner_.load(std::memory_order_relaxed) == pthread_self() &&
+        !busy_.load(std::memory_order_relaxed)) [[likely]] {
+      busy_.store(true, std::memory_order_relaxed);
+      std::atomic_signal_fence(std::memory_order_seq_cst);
+      if (!shared_.load(std::memory_order_acquire)) [[likely]] {
+        return true;
+      }
+      busy_.store(false, std::memory_order_release);
+    }
+    return enterSlowly();
+  }
+
+  void leave() noexcept {
+    if (!spinning_) [[likely]] {
+      busy_.store(false, std::memory_order_release);
+    } else {
+      leaveSlowly();
+    }
+  }
+
+ private:
+  bool enterSlowly() noexcept;
+  void leaveSlowly() noexcept;
+
+  static constexpr pthread_t kNobody = 0;  // never the id of a thread on Linux
+
+  std::atomic<pthread_t> owner_{kNobody};  // to whom the lock belongs while it is not shared
+  std::atomic<bool> busy_{false};          // the owner is inside; written by the owner alone
+  std::atomic<bool> shared_{false};
+  bool spinning_ = false;  // held through `holder_`; guarded by the lock itself
+  std::atomic<pthread_t> holder_{kNobody};
+};
+
+}  // namespace Lumo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace Pario {
+
+/// Who listens to what: bit L, some facility of the text trace listens to level L; bit 16 + L, the
+/// binary trace does. Kept by the two traces themselves; read-only for everybody else.
+extern std::atomic<std::uint32_t> listening;
+
+/// The levels (bit L is level L) that go to the binary trace while it has a default ring; all of
+/// them at first.
+void binaryLevelsAre(std::uint32_t levels) noexcept;
+
+/// Whether anybody listens to `level`, 0 to 9: one load and one test.
+inline bool on(unsigned level) noexcept {
+  return (listening.load(std::memory_order_relaxed) & (0x10001U << level)) != 0;
+}
+
+}  // namespace Pario

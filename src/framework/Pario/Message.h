@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "Kel/TextTrace.h"
+#include "Lumo/Records.h"
+
+namespace Pario {
+
+/// Appends the message of a record of the binary trace: the same bytes that the text trace wrote
+/// for it. Value types are found by their names (Kel::forEachValueType); a value of a type that
+/// this process does not know is printed as 0x and its bytes.
+void appendMessage(std::string& out, const Lumo::Record& record);
+
+/// Appends the whole line, with its line break, that the text trace wrote for the record.
+void appendTextLine(std::string& out, const Lumo::Record& record);
+
+}  // namespace Pario

@@ -1,0 +1,173 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "Kel/TextTrace.h"
+#include "Kel/ValueType.h"
+#include "Lumo/Site.h"
+
+namespace Pario {
+
+/// Literal text that is not a literal at the place of the call, for instance from a table of
+/// messages. Like a literal it belongs to the site, so it must live as long as the process.
+struct Literal {
+  const char* text;
+};
+
+namespace Impl {
+
+template <class T>
+struct LiteralTraits : std::false_type {};
+template <std::size_t N>
+struct LiteralTraits<char[N]> : std::true_type {
+  static const char* text(const char (&literal)[N]) noexcept { return literal; }
+};
+template <>
+struct LiteralTraits<Literal> : std::true_type {
+  static const char* text(const Literal& literal) noexcept { return literal.text; }
+};
+template <class T>
+inline constexpr bool isLiteral = LiteralTraits<T>::value;
+
+/// A name type that wraps the framework's string.
+template <class T>
+concept WrappedString = requires(const T& value) {
+  { value.stringValue() } -> std::same_as<const Kel::String&>;
+};
+template <class T>
+concept TextLike = std::convertible_to<const T&, std::string_view> || WrappedString<T>;
+
+template <TextLike T>
+std::string_view textView(const T& value) noexcept {
+  if constexpr (WrappedString<T>) {
+    return value.stringValue().view();
+  } else {
+    return value;
+  }
+}
+
+/// The type of a value as the binary trace knows it.
+template <class T>
+const Lumo::ValueType* binaryType() {
+  using Lumo::Kind;
+  if constexpr (TextLike<T>) {
+    static constexpr Lumo::ValueType type{Kind::text, 0, "Kel::String"};
+    return &type;
+  } else if constexpr (std::same_as<T, bool>) {
+    static constexpr Lumo::ValueType type{Kind::boolean, 1, "bool"};
+    return &type;
+  } else if constexpr (std::integral<T>) {
+    static constexpr std::string_view names[2][9] = {
+        {"", "int8_t", "int16_t", "", "int32_t", "", "", "", "int64_t"},
+        {"", "uint8_t", "uint16_t", "", "uint32_t", "", "", "", "uint64_t"}};
+    static constexpr Lumo::ValueType type{std::is_unsigned_v<T> ? Kind::natural : Kind::integer,
+                                          sizeof(T),
+                                          names[std::is_unsigned_v<T> ? 1 : 0][sizeof(T)]};
+    return &type;
+  } else if constexpr (std::same_as<T, Kel::Seconds>) {
+    static constexpr Lumo::ValueType type{Kind::real, sizeof(T), "Kel::Seconds"};
+    return &type;
+  } else if constexpr (Kel::NamedEnum<T>) {
+    static const Lumo::ValueType type{Kind::enumeration, sizeof(T), Kel::valueTypeOf<T>().name,
+                                      kelNames(T{})};
+    return &type;
+  } else {
+    static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 0xffff,
+                  "a traced value is text, a number, or a value type that may be copied as memory");
+    static const Lumo::ValueType type{std::is_enum_v<T> ? Kind::enumeration : Kind::bytes,
+                                      sizeof(T), Kel::valueTypeOf<T>().name};
+    return &type;
+  }
+}
+
+/// Appends the printed form, control bytes of values escaped.
+template <class T>
+void appendPiece(std::string& out, const T& piece) {
+  if constexpr (isLiteral<T>) {
+    out += LiteralTraits<T>::text(piece);
+  } else if constexpr (TextLike<T>) {
+    Kel::TextTrace::appendEscaped(out, textView(piece));
+  } else {
+    const std::size_t from = out.size();
+    Kel::appendValue(out, piece);
+    Kel::TextTrace::escapeFrom(out, from);
+  }
+}
+
+/// How many bytes the piece takes in a record, unless it is text with a NUL inside.
+template <class T>
+std::size_t recordedSize(const T& piece) noexcept {
+  if constexpr (isLiteral<T>) {
+    return 0;
+  } else if constexpr (TextLike<T>) {
+    return textView(piece).size() + 1;
+  } else {
+    return sizeof(T);
+  }
+}
+
+inline bool hasZeroByte(std::uint64_t word) noexcept {
+  return ((word - 0x0101010101010101U) & ~word & 0x8080808080808080U) != 0;
+}
+
+/// Copies text and puts a NUL behind it; false when there was a NUL inside. Names are short: a few
+/// overlapping words are faster than two calls for copying and searching.
+inline bool copyText(std::byte*& to, std::string_view text) noexcept {
+  const std::size_t size = text.size();
+  const char* const from = text.data();
+  bool clean = true;
+  if (size >= 8) {
+    for (std::size_t at = 0; at < size; at += 8) {
+      const std::size_t start = at + 8 <= size ? at : size - 8;
+      std::uint64_t word = 0;
+      std::memcpy(&word, from + start, 8);
+      std::memcpy(to + start, &word, 8);
+      clean &= !hasZeroByte(word);
+    }
+  } else {
+    for (std::size_t at = 0; at < size; ++at) {
+      to[at] = static_cast<std::byte>(from[at]);
+      clean &= from[at] != '\0';
+    }
+  }
+  to[size] = std::byte{0};
+  to += size + 1;
+  return clean;
+}
+
+/// Copies a piece into a record; false for text with a NUL inside.
+template <class T>
+bool record(std::byte*& to, const T& piece) noexcept {
+  if constexpr (isLiteral<T>) {
+    return true;
+  } else if constexpr (TextLike<T>) {
+    return copyText(to, textView(piece));
+  } else {
+    std::memcpy(to, &piece, sizeof(T));
+    to += sizeof(T);
+    return true;
+  }
+}
+
+/// The piece, with text in a form in which the binary trace can hold it.
+template <class T>
+decltype(auto) withoutNul(const T& piece) {
+  if constexpr (!isLiteral<T> && TextLike<T>) {
+    std::string out;
+    for (const char byte : textView(piece)) {
+      byte == '\0' ? out.append("\\x00") : out.append(1, byte);
+    }
+    return out;
+  } else {
+    return (piece);
+  }
+}
+
+}  // namespace Impl
+}  // namespace Pario
