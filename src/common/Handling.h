@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Pario/Pario.h"
+#include "common/TranslateSm.h"
+
+namespace VelaPolicyMonitor {
+
+/// What the trace lines of one class of state machines have in common.
+struct TraceScope {
+  const char* scope;   ///< what stands before the handler's form: "void Namespace::Class::"
+  const char* leave;   ///< the last piece of an exit line: "return", or " return" with a blank
+};
+
+/// The first literal of a trace line, and where in the source the line is written.
+struct Lead {
+  const char* text;
+  const char* file;
+  std::uint32_t line;
+
+  consteval Lead(const char* literal = "", const char* at = __builtin_FILE(),  // NOLINT
+                 std::uint32_t atLine = __builtin_LINE())
+      : text(literal), file(at), line(atLine) {}
+};
+
+/// One run of a handler: while it lives the state machine is busy, and its lines are traced to both
+/// facilities. Every handler that traces opens with one:
+///
+///   const Handling run{*this, kTrace, "handleOrigin(const String&)"};
+///   run.enter(" Rule priority: ", priority(), " policy: ", name);
+///   …
+///   run.leave();
+///
+/// The form is a literal and never split over lines, so that a trace line is found in the source by
+/// searching for it. A line consists of the scope, the form and the pieces with nothing between.
+/// A handler that ends by an exception writes no exit line.
+class Handling {
+ public:
+  Handling(TranslateSm& sm, const TraceScope& scope, const char* form) noexcept
+      : busy_(sm), scope_(scope), form_(form) {}
+
+  /// The entry line, level 8.
+  template <class... Pieces>
+  void enter(Lead lead = {}, const Pieces&... pieces) const {
+    line(8, lead, pieces...);
+  }
+  /// A decision to add or remove, level 6.
+  template <class... Pieces>
+  void act(Lead lead, const Pieces&... pieces) const {
+    line(6, lead, pieces...);
+  }
+  /// A decision at a level of its own.
+  template <class... Pieces>
+  void decide(unsigned level, Lead lead, const Pieces&... pieces) const {
+    line(level, lead, pieces...);
+  }
+  /// The exit line, level 7.
+  void leave(const char* file = __builtin_FILE(), std::uint32_t atLine = __builtin_LINE()) const {
+    if (Pario::on(7)) {
+      Pario::write({kFacility, scope_.scope, form_, 7, file, atLine}, Pario::Literal{scope_.leave});
+    }
+  }
+
+ private:
+  static constexpr const char* kFacility = "VelaPolicyMonitor";
+
+  template <class... Pieces>
+  void line(unsigned level, const Lead& lead, const Pieces&... pieces) const {
+    if (Pario::on(level)) {
+      Pario::write({kFacility, scope_.scope, form_, level, lead.file, lead.line},
+                   Pario::Literal{lead.text}, pieces...);
+    }
+  }
+
+  Busy busy_;
+  Pario::Event event_;
+  const TraceScope& scope_;
+  const char* form_;
+};
+
+}  // namespace VelaPolicyMonitor

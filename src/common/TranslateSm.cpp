@@ -1,0 +1,86 @@
+#include "common/TranslateSm.h"
+
+#include <deque>
+#include <exception>
+#include <unordered_map>
+#include <utility>
+
+namespace VelaPolicyMonitor {
+namespace {
+
+using Calls = std::deque<std::function<void()>>;
+
+/// Postponed calls are rare, so they lie beside the machines and not in each of them.
+std::unordered_map<const TranslateSm*, Calls>& postponedCalls() {
+  static auto* const calls = new std::unordered_map<const TranslateSm*, Calls>;
+  return *calls;
+}
+
+/// The next call postponed for `sm`; empty when there is none.
+std::function<void()> nextPostponed(const TranslateSm* sm) {
+  const auto at = postponedCalls().find(sm);
+  if (at == postponedCalls().end()) {
+    return {};
+  }
+  std::function<void()> call = std::move(at->second.front());
+  at->second.pop_front();
+  if (at->second.empty()) {
+    postponedCalls().erase(at);
+  }
+  return call;
+}
+
+}  // namespace
+
+TranslateSm::~TranslateSm() { postponedCalls().erase(this); }
+
+void TranslateSm::postpone(std::function<void()> call) {
+  if (retired_) {
+    return;
+  }
+  postponedCalls()[this].push_back(std::move(call));
+  attention_ = true;
+}
+
+void TranslateSm::retire() noexcept {
+  if (retired_) {
+    return;
+  }
+  retired_ = true;
+  postponedCalls().erase(this);
+  tearDown();
+}
+
+void TranslateSm::onZeroReferences() noexcept {
+  if (depth_ == 0) {
+    destroy();
+  } else {
+    attention_ = true;
+  }
+}
+
+void TranslateSm::settle() {
+  std::exception_ptr first;
+  while (const auto call = nextPostponed(this)) {  // the machine stays busy while they are served
+    if (refCount() == 0 || kelMarkedForDeletion()) {
+      continue;  // about to be destroyed, or to ignore it
+    }
+    try {
+      call();
+    } catch (...) {
+      if (!first) {
+        first = std::current_exception();
+      }
+    }
+  }
+  attention_ = false;
+  depth_ = 0;
+  if (refCount() == 0) {
+    destroy();
+  }
+  if (first && std::uncaught_exceptions() == 0) {
+    std::rethrow_exception(first);
+  }
+}
+
+}  // namespace VelaPolicyMonitor
