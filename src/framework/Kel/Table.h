@@ -94,8 +94,11 @@ class Table {
   void append(Slot slot, std::uint32_t hash) {
     Head* block = head();
     if (block == nullptr || block->size == block->capacity) [[unlikely]] {
+      const bool hashed = indexed();
       block = relocate(next(block == nullptr ? 0 : block->capacity));
-      hash = Hash{}(slot);
+      if (!hashed && indexed()) {
+        hash = Hash{}(slot);
+      }
     }
     slotsOf(block)[block->size] = slot;
     if (block->capacity > kUnindexed) {

@@ -74,12 +74,13 @@ class ValueMap {
   ~ValueMap() { clear(); }
 
   /// The value of this key; null when absent. Good until the map changes.
+  /// The value of this key, which may be of any type that compares equal to keys; null when absent.
+  /// Good until the map changes.
   template <class L>
   const V* find(const L& key) const noexcept {
     const Entries* const all = entries();
-    const std::size_t at = all == nullptr ? 0 : notBelow(*all, key);
-    return all != nullptr && at != all->size() && (*all)[at].first == key ? &(*all)[at].second
-                                                                          : nullptr;
+    const std::size_t at = all == nullptr ? 0 : positionOf(*all, key);
+    return all == nullptr || at == all->size() ? nullptr : &(*all)[at].second;
   }
 
   /// Writes the value of this key; returns true when that created it. Raises std::bad_alloc and
@@ -107,10 +108,11 @@ class ValueMap {
   template <class L>
   bool erase(const L& key) noexcept {
     Entries* const all = entries();
-    if (find(key) == nullptr) {
+    const std::size_t at = all == nullptr ? 0 : positionOf(*all, key);
+    if (all == nullptr || at == all->size()) {
       return false;
     }
-    all->erase(all->begin() + static_cast<std::ptrdiff_t>(notBelow(*all, key)));
+    all->erase(all->begin() + static_cast<std::ptrdiff_t>(at));
     SortedWalk::changed(anchor_);
     if (all->empty()) {
       clear();
@@ -120,6 +122,10 @@ class ValueMap {
 
   std::size_t size() const noexcept { return empty() ? 0 : entries()->size(); }
   bool empty() const noexcept { return entries() == nullptr; }
+  /// Without what keys and values own themselves.
+  std::size_t heapBytes() const noexcept {
+    return empty() ? 0 : sizeof(Entries) + entries()->capacity() * sizeof(std::pair<K, V>);
+  }
   void clear() noexcept {
     const std::unique_ptr<Entries> all(entries());
     anchor_.storageIs(nullptr);
@@ -135,7 +141,12 @@ class ValueMap {
   Entries* entries() const noexcept { return static_cast<Entries*>(anchor_.storage()); }
 
   template <class L>
-  static std::size_t notBelow(const Entries& all, const L& key) noexcept {
+  static std::size_t positionOf(const Entries& all, const L& key) noexcept {
+    const auto at = std::find_if(all.begin(), all.end(),
+                                 [&key](const auto& entry) { return entry.first == key; });
+    return static_cast<std::size_t>(at - all.begin());
+  }
+  static std::size_t notBelow(const Entries& all, const K& key) noexcept {
     const auto at = std::partition_point(
         all.begin(), all.end(), [&key](const auto& entry) { return (entry.first <=> key) < 0; });
     return static_cast<std::size_t>(at - all.begin());
