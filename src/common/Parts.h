@@ -139,11 +139,11 @@ class SingleChild {
   Brix::Ptr<Child> child_;
 };
 
-/// The row of a state machine's watched entity.
-template <class Self, class Entity, auto Accessor>
-constexpr Kel::Row inputRow(Kel::AttrId id, const char* name) {
-  Kel::Row row{.id = id, .name = name, .kind = Kel::RowKind::input,
-               .target = &Kel::describe<std::remove_const_t<Entity>>};
+/// The row of an object that a state machine watches or owns.
+template <class Self, class Object, const Brix::Ptr<Object>& (Self::*Accessor)() const noexcept>
+constexpr Kel::Row objectRow(Kel::AttrId id, const char* name, Kel::RowKind kind) {
+  Kel::Row row{.id = id, .name = name, .kind = kind,
+               .target = &Kel::describe<std::remove_const_t<Object>>};
   row.find = [](const Kel::PtrInterface& sm, const void* /*key*/) -> const void* {
     return Kel::Impl::nameless((Kel::Impl::self<Self>(sm).*Accessor)().get());
   };
@@ -152,7 +152,7 @@ constexpr Kel::Row inputRow(Kel::AttrId id, const char* name) {
 
 }  // namespace VelaPolicyMonitor
 
-// The two words that state machines add to those of entities (Kel/Attributes.h).
+// The words that state machines add to those of entities (Kel/Attributes.h).
 
 /// A watched entity: x() reads; xDispatch is the table of what its changes run.
 #define SM_INPUT(id_, x, Entity)                                                \
@@ -164,7 +164,7 @@ constexpr Kel::Row inputRow(Kel::AttrId id, const char* name) {
   static constexpr Kel::Attr<void> x##Attr{id_};                                \
   const Brix::Ptr<Entity>& x() const noexcept { return x##_.entity(); }         \
   static constexpr Kel::Row kelRow(Kel::Id<id_>) {                              \
-    return inputRow<Self, Entity, static_cast<const Brix::Ptr<Entity>& (Self::*)() const noexcept>(&Self::x)>(id_, #x); \
+    return objectRow<Self, Entity, &Self::x>(id_, #x, Kel::RowKind::input);     \
   }
 
 /// Children of type Child under the key that each carries as `keyName`: x() is the whole, x(key)
@@ -191,4 +191,16 @@ constexpr Kel::Row inputRow(Kel::AttrId id, const char* name) {
     };                                                                                        \
     row.size = [](const Kel::PtrInterface& sm) { return static_cast<const Self&>(sm).x().size(); }; \
     return row;                                                                               \
+  }
+
+/// A single child that may be absent: x() reads, null when absent. xIs and xDel are the machine's own.
+#define SM_CHILD(id_, x, Child)                                                  \
+ private:                                                                        \
+  SingleChild<Child> x##_;                                                       \
+                                                                                 \
+ public:                                                                         \
+  static constexpr Kel::Attr<void> x##Attr{id_};                                 \
+  const Brix::Ptr<Child>& x() const noexcept { return x##_.get(); }              \
+  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                               \
+    return objectRow<Self, Child, &Self::x>(id_, #x, Kel::RowKind::single);      \
   }

@@ -95,6 +95,15 @@ class TranslateSm : public Kel::PtrInterface {
     std::apply([on](auto&... part) { (part.activeIs(on), ...); }, sm.parts());
   }
 
+  /// Stores a value that differs from the present one, and tells the machine's notifiees.
+  template <class T>
+  static void storeAndPublish(const TranslateSm& sm, T& attribute, const T& value, Kel::AttrId id) {
+    if (!(attribute == value)) {
+      attribute = value;
+      sm.notifieeList().publish(id, nullptr, &attribute);
+    }
+  }
+
   /// The last steps, in the machine's own order.
   virtual void tearDown() noexcept = 0;
 

@@ -1,0 +1,6 @@
+#pragma once
+
+/// The front door of the policy tree: its six state machines and their factories.
+
+#include "policy/Conversions.h"
+#include "policy/PolicyTranslateRootSm.h"
