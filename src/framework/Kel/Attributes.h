@@ -22,12 +22,29 @@ const T& as(const void* value) {
 /// An entity reached through a row is handed out as its PtrInterface.
 inline const void* nameless(const PtrInterface* object) { return object; }
 
+template <class T>
+struct ObjectOf {};
+template <class T>
+struct ObjectOf<Brix::Ptr<T>> {
+  using type = std::remove_const_t<T>;
+};
+
 template <class Self, class T, auto Member>
 constexpr Row constantRow(AttrId id, const char* name) {
-  Row row{.id = id, .name = name, .kind = RowKind::constant, .value = &valueTypeOf<T>};
-  row.find = [](const PtrInterface& object, const void* /*key*/) -> const void* {
-    return &(self<Self>(object).*Member);
-  };
+  Row row{.id = id, .name = name};
+  if constexpr (requires { typename ObjectOf<T>::type; }) {
+    row.kind = RowKind::object;
+    row.target = &describe<typename ObjectOf<T>::type>;
+    row.find = [](const PtrInterface& object, const void* /*key*/) -> const void* {
+      return nameless((self<Self>(object).*Member).get());
+    };
+  } else {
+    row.kind = RowKind::constant;
+    row.value = &valueTypeOf<T>;
+    row.find = [](const PtrInterface& object, const void* /*key*/) -> const void* {
+      return &(self<Self>(object).*Member);
+    };
+  }
   return row;
 }
 
@@ -141,7 +158,7 @@ constexpr Seconds initial<Seconds>() {
 // the id and the key type, and the row. A word pastes names; what happens is in Kel::Entity.
 // The id is part of what agents build against: it never changes and is never used again.
 
-/// A value fixed at construction, such as the key: x() reads.
+/// Read-only from outside (a key, an object given at construction, a flag of a machine): x() reads.
 #define KEL_CONST(id_, x, T)                                                  \
  private:                                                                     \
   T x##_;                                                                     \

@@ -28,7 +28,7 @@ constexpr ValueType describeValue(const char* name, Encoding encoding, std::span
   type.align = alignof(T);
   type.trivial = std::is_trivially_copyable_v<T>;
   type.append = [](std::string& out, const void* value) { appendValue(out, *static_cast<const T*>(value)); };
-  if constexpr (requires(T& value, std::string& why) { parseValue(std::string_view(), value, why); }) {
+  if constexpr (Parsable<T>) {
     type.parse = [](std::string_view text, void* value, std::string& why) {
       return parseValue(text, *static_cast<T*>(value), why);
     };

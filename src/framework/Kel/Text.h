@@ -57,8 +57,15 @@ bool parseSeconds(std::string_view text, Seconds& value, std::string& why);
 std::string whyNoName(std::string_view text, const std::string_view* names, std::size_t count);
 }  // namespace Impl
 
-/// Reads the printed form; false leaves `value` as it was and says in `why` what was expected.
+/// Types that can be read from text; a record is read field by field instead.
 template <class T>
+concept Parsable = std::same_as<T, bool> || std::unsigned_integral<T> || std::same_as<T, Seconds> ||
+                   NamedEnum<T> || requires(T& value, std::string& why) {
+                     { kelParse(std::string_view(), value, why) } -> std::same_as<bool>;
+                   };
+
+/// Reads the printed form; false leaves `value` as it was and says in `why` what was expected.
+template <Parsable T>
 bool parseValue(std::string_view text, T& value, std::string& why) {
   if constexpr (std::same_as<T, bool>) {
     return Impl::parseBool(text, value, why);

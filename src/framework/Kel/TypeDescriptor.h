@@ -19,7 +19,8 @@ enum class RowKind : std::uint8_t {
   map,       ///< keys with values
   entries,   ///< a keyed collection of entities
   single,    ///< one entity that may be absent
-  input,     ///< a state machine's watched entity
+  object,    ///< an object that a state machine was given and does not watch
+  input,     ///< an object that a state machine watches
   children,  ///< a state machine's children, by key
 };
 
@@ -31,8 +32,8 @@ const char* nameOf(RowKind kind);
 /// where it has none); an operation is null where it makes no sense.
 ///
 /// What `find` returns and `walk` hands out as `value` is, by kind: the value itself (constant,
-/// value, map), the key (set), or the `PtrInterface` of the entity (entries, single, input,
-/// children).
+/// value, map), the key (set), or the `PtrInterface` of the object (entries, single, object,
+/// input, children).
 struct Row {
   using Visit = void(void* context, const void* key, const void* value);
 
