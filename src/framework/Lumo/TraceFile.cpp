@@ -15,9 +15,11 @@
 #include <utility>
 
 namespace Lumo {
+
+constinit std::atomic<TraceFile*> Impl::defaultFile{nullptr};
+
 namespace {
 
-constinit std::atomic<TraceFile*> defaultFile{nullptr};
 constinit std::atomic<void (*)()> handleObserver{nullptr};
 
 Uuid randomUuid() {
@@ -55,7 +57,7 @@ TraceFile::TraceFile(std::unique_ptr<Segments> segments)
 }
 
 TraceFile::~TraceFile() {
-  if (TraceFile* self = this; defaultFile.compare_exchange_strong(self, nullptr)) {
+  if (TraceFile* self = this; Impl::defaultFile.compare_exchange_strong(self, nullptr)) {
     if (const auto changed = handleObserver.load(); changed != nullptr) {
       changed();
     }
@@ -87,26 +89,21 @@ PacketHeader& TraceFile::packet(std::size_t index) const noexcept {
   return *std::launder(reinterpret_cast<PacketHeader*>(segments_->at(index)));
 }
 
-std::byte* TraceFile::begin(const Site& site, std::size_t size, std::uint64_t stamp,
-                            double seconds) noexcept {
-  if (!lock_.enter()) [[unlikely]] {
+std::byte* TraceFile::beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                                  double seconds) noexcept {
+  if (!lock_.enter()) {
     drop();
     return nullptr;
   }
   const std::size_t needed = kRecordHeader + size;
   stamp = std::max(stamp, last_ + 1);
-  if ((site.id >= published_ && !publish()) ||
-      (static_cast<std::size_t>(end_ - at_) < needed && !nextSegment(needed, stamp))) [[unlikely]] {
+  if ((site >= published_ && !publish()) ||
+      (static_cast<std::size_t>(end_ - at_) < needed && !nextSegment(needed, stamp))) {
     drop();
     lock_.leave();
     return nullptr;
   }
-  last_ = stamp;
-  std::byte* const place = at_;
-  std::memcpy(place, &site.id, 4);
-  std::memcpy(place + 4, &stamp, 8);
-  std::memcpy(place + 12, &seconds, 8);
-  return place + kRecordHeader;
+  return beginHere(site, stamp, seconds);
 }
 
 bool TraceFile::publish() noexcept {
@@ -171,10 +168,8 @@ bool TraceFile::saveTo(const std::string& directory, std::string& why) {
   return true;
 }
 
-TraceFile* defaultHandle() noexcept { return defaultFile.load(std::memory_order_acquire); }
-
 TraceFile* defaultHandleIs(TraceFile* file) noexcept {
-  TraceFile* const before = defaultFile.exchange(file, std::memory_order_acq_rel);
+  TraceFile* const before = Impl::defaultFile.exchange(file, std::memory_order_acq_rel);
   if (const auto changed = handleObserver.load(); changed != nullptr) {
     changed();
   }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -76,20 +77,39 @@ class TraceFile {
   TraceFile(const TraceFile&) = delete;
   TraceFile& operator=(const TraceFile&) = delete;
 
-  /// Starts a record with up to `size` bytes of values and returns the place for them, or null when
-  /// it was dropped. `stamp` is the time of the event in nanoseconds since 1970, `seconds` the time
-  /// to print. After a place was returned, exactly one of `finish` and `abandon` must follow, from
-  /// the same thread and soon: until then no other record can be written.
-  std::byte* begin(const Site& site, std::size_t size, std::uint64_t stamp,
-                   double seconds) noexcept;
+  /// Starts a record of the site with this id, with up to `size` bytes of values and returns the
+  /// place for them, or null when it was dropped. `stamp` is the time of the event in nanoseconds
+  /// since 1970, `seconds` the time to print. After a place was returned, exactly one of `finish`
+  /// and `abandon` must follow, from the same thread and soon: until then no other record can be
+  /// written.
+  std::byte* begin(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                   double seconds) noexcept {
+    std::byte* const place = tryBegin(site, size, stamp, seconds);
+    return place != nullptr ? place : beginSlowly(site, size, stamp, seconds);
+  }
+
+  /// As `begin`, but gives up with null, and without a trace of it, when more than storing a few
+  /// numbers is needed. Then `begin` decides.
+  std::byte* tryBegin(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                      double seconds) noexcept {
+    if (!lock_.tryEnter()) [[unlikely]] {
+      return nullptr;
+    }
+    if (site >= published_ || static_cast<std::size_t>(end_ - at_) < kRecordHeader + size)
+        [[unlikely]] {
+      lock_.leave();
+      return nullptr;
+    }
+    return beginHere(site, stamp > last_ ? stamp : last_ + 1, seconds);
+  }
 
   /// Makes the record valid; `end` is behind its last byte.
   void finish(std::byte* end) noexcept {
+    PacketHeader& packet = *packet_;
+    const auto bytes = static_cast<std::uint64_t>(end - reinterpret_cast<std::byte*>(&packet));
     at_ = end;
-    std::atomic_ref(packet_->end).store(last_, std::memory_order_release);
-    std::atomic_ref(packet_->contentBits)
-        .store(static_cast<std::uint64_t>(end - reinterpret_cast<std::byte*>(packet_)) * 8,
-               std::memory_order_release);
+    std::atomic_ref(packet.end).store(last_, std::memory_order_release);
+    std::atomic_ref(packet.contentBits).store(bytes * 8, std::memory_order_release);
     lock_.leave();
   }
 
@@ -108,6 +128,16 @@ class TraceFile {
  private:
   explicit TraceFile(std::unique_ptr<Segments> segments);
   PacketHeader& packet(std::size_t index) const noexcept;
+  std::byte* beginHere(std::uint32_t site, std::uint64_t stamp, double seconds) noexcept {
+    last_ = stamp;
+    std::byte* const place = at_;
+    std::memcpy(place, &site, 4);
+    std::memcpy(place + 4, &stamp, 8);
+    std::memcpy(place + 12, &seconds, 8);
+    return place + kRecordHeader;
+  }
+  std::byte* beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                         double seconds) noexcept;
   bool publish() noexcept;
   bool nextSegment(std::size_t needed, std::uint64_t stamp) noexcept;
   void drop() noexcept;
@@ -125,8 +155,14 @@ class TraceFile {
   std::atomic<std::uint64_t> discarded_{0};
 };
 
+namespace Impl {
+extern std::atomic<TraceFile*> defaultFile;
+}
+
 /// The ring to which the trace front end writes; null when none was set up.
-TraceFile* defaultHandle() noexcept;
+inline TraceFile* defaultHandle() noexcept {
+  return Impl::defaultFile.load(std::memory_order_acquire);
+}
 
 /// Sets the default ring, null for none. The caller keeps it alive; a ring that is destroyed stops
 /// being the default by itself. Returns the previous one.

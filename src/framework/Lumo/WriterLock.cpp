@@ -15,8 +15,8 @@ bool membarrier(int command) noexcept { return syscall(SYS_membarrier, command, 
 WriterLock::WriterLock() { shared_.store(!membarrier(MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED)); }
 
 bool WriterLock::enterSlowly() noexcept {
-  const pthread_t self = pthread_self();
-  pthread_t nobody = kNobody;
+  const std::uintptr_t self = thisThread();
+  std::uintptr_t nobody = kNobody;
   if (!shared_.load() && owner_.compare_exchange_strong(nobody, self)) {
     return enter();
   }

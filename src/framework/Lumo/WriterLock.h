@@ -3,8 +3,22 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdint>
 
 namespace Lumo {
+
+/// A number of the calling thread that no other living thread has; never 0.
+inline std::uintptr_t thisThread() noexcept {
+#if defined(__x86_64__)
+  std::uintptr_t self = 0;
+  // The first word of a thread's control block is its own address. The library's function for it
+  // would be the only call on the way of a record.
+  __asm__("mov %%fs:0, %0" : "=r"(self));
+  return self;
+#else
+  return reinterpret_cast<std::uintptr_t>(pthread_self());
+#endif
+}
 
 /// Keeps writers of a ring apart at the price of a plain store, as long as there is one thread.
 ///
@@ -28,8 +42,11 @@ class WriterLock {
   WriterLock();
 
   /// False when this thread is already inside.
-  bool enter() noexcept {
-    if (owner_.load(std::memory_order_relaxed) == pthread_self() &&
+  bool enter() noexcept { return tryEnter() || enterSlowly(); }
+
+  /// True when the lock belongs to this thread and was free; false says nothing.
+  bool tryEnter() noexcept {
+    if (owner_.load(std::memory_order_relaxed) == thisThread() &&
         !busy_.load(std::memory_order_relaxed)) [[likely]] {
       busy_.store(true, std::memory_order_relaxed);
       std::atomic_signal_fence(std::memory_order_seq_cst);
@@ -38,7 +55,7 @@ class WriterLock {
       }
       busy_.store(false, std::memory_order_release);
     }
-    return enterSlowly();
+    return false;
   }
 
   void leave() noexcept {
@@ -53,13 +70,13 @@ class WriterLock {
   bool enterSlowly() noexcept;
   void leaveSlowly() noexcept;
 
-  static constexpr pthread_t kNobody = 0;  // never the id of a thread on Linux
+  static constexpr std::uintptr_t kNobody = 0;  // never the id of a thread on Linux
 
-  std::atomic<pthread_t> owner_{kNobody};  // to whom the lock belongs while it is not shared
-  std::atomic<bool> busy_{false};          // the owner is inside; written by the owner alone
+  std::atomic<std::uintptr_t> owner_{kNobody};  // to whom the lock belongs while it is not shared
+  std::atomic<bool> busy_{false};               // the owner is inside; written by the owner alone
   std::atomic<bool> shared_{false};
   bool spinning_ = false;  // held through `holder_`; guarded by the lock itself
-  std::atomic<pthread_t> holder_{kNobody};
+  std::atomic<std::uintptr_t> holder_{kNobody};
 };
 
 }  // namespace Lumo

@@ -1,23 +1,12 @@
 #pragma once
 
-#include <cstdint>
-
-#include "Kel/Text.h"
 #include "Pario/Listening.h"
 
 namespace Pario {
 
-/// A time as trace records carry it.
-struct EventTime {
-  Kel::Seconds seconds;  ///< what is printed
-  std::uint64_t stamp;   ///< the same in nanoseconds since 1970; 0 for a time before
-};
-
 namespace Impl {
 void enterEvent() noexcept;
 void leaveEvent() noexcept;
-/// The time of the open event of this thread, or the present one when none is open.
-EventTime timeNow() noexcept;
 }  // namespace Impl
 
 /// Lasts as long as the handling of one event. The outermost one on the stack reads the clock,

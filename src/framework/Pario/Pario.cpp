@@ -25,17 +25,22 @@ void refresh() noexcept {
   return true;
 }();
 
+struct EventTime {
+  Kel::Seconds seconds;  // what is printed
+  std::uint64_t stamp;   // the same in nanoseconds
+};
+
+struct OpenEvent {
+  unsigned depth = 0;
+  EventTime time{};  // of the open event or, when none is open, of the last message
+};
+
 EventTime readClock() noexcept {
   constexpr Kel::Seconds kLatest = 18e9;  // beyond it nanoseconds do not fit; a clock of a test
   const Kel::Seconds seconds = Kel::System::currentTime();
   const bool fits = seconds > 0 && seconds < kLatest;
   return {seconds, fits ? static_cast<std::uint64_t>(seconds * 1e9) : 0};
 }
-
-struct OpenEvent {
-  unsigned depth = 0;
-  EventTime time{};
-};
 
 // Used in this file only, so that its place is known when the library is loaded.
 [[gnu::tls_model("initial-exec")]] constinit thread_local OpenEvent openEvent;
@@ -57,12 +62,43 @@ void enterEvent() noexcept {
 
 void leaveEvent() noexcept { --openEvent.depth; }
 
-EventTime timeNow() noexcept { return openEvent.depth != 0 ? openEvent.time : readClock(); }
+namespace {
 
-void sendText(const Site& site, const Line& line, const EventTime& time,
-              const std::string& message) {
-  Kel::TextTrace::write({time.seconds, site.text->name(), line.level, site.binary->file, line.line,
-                         site.binary->handler(), message});
+Lumo::TraceFile* ringFor(const Site& site) noexcept {
+  const bool listens = (listening.load(std::memory_order_relaxed) & (0x10000U << site.level)) != 0;
+  return listens ? Lumo::defaultHandle() : nullptr;
+}
+
+[[gnu::noinline, gnu::cold]] OpenRecord openSlowly(const Site& site, std::size_t size) noexcept {
+  if (openEvent.depth == 0) {
+    openEvent.time = readClock();
+  }
+  Lumo::TraceFile* const ring = ringFor(site);
+  if (ring == nullptr) {
+    return {};
+  }
+  return {ring->begin(site.id, size, openEvent.time.stamp, openEvent.time.seconds), ring};
+}
+
+}  // namespace
+
+OpenRecord openRecord(const Site& site, std::size_t size) noexcept {
+  if (openEvent.depth != 0) [[likely]] {
+    if (Lumo::TraceFile* const ring = ringFor(site); ring != nullptr) [[likely]] {
+      const EventTime& time = openEvent.time;
+      std::byte* const place = ring->tryBegin(site.id, size, time.stamp, time.seconds);
+      if (place != nullptr) [[likely]] {
+        return {place, ring};
+      }
+    }
+  }
+  return openSlowly(site, size);  // nothing else is called above, so that no register need be saved
+}
+
+void sendText(const Site& site, const std::string& message) {
+  const Lumo::Site& same = *site.binary;
+  Kel::TextTrace::write({openEvent.time.seconds, same.facility, same.level, same.file, same.line,
+                         same.handler(), message});
 }
 
 }  // namespace Impl

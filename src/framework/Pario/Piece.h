@@ -23,17 +23,14 @@ struct Literal {
 namespace Impl {
 
 template <class T>
-struct LiteralTraits : std::false_type {};
+inline constexpr bool isLiteral = false;
 template <std::size_t N>
-struct LiteralTraits<char[N]> : std::true_type {
-  static const char* text(const char (&literal)[N]) noexcept { return literal; }
-};
+inline constexpr bool isLiteral<char[N]> = true;
 template <>
-struct LiteralTraits<Literal> : std::true_type {
-  static const char* text(const Literal& literal) noexcept { return literal.text; }
-};
-template <class T>
-inline constexpr bool isLiteral = LiteralTraits<T>::value;
+inline constexpr bool isLiteral<Literal> = true;
+
+inline const char* literalText(const char* literal) noexcept { return literal; }
+inline const char* literalText(const Literal& literal) noexcept { return literal.text; }
 
 /// A name type that wraps the framework's string.
 template <class T>
@@ -74,8 +71,9 @@ const Lumo::ValueType* binaryType() {
     static constexpr Lumo::ValueType type{Kind::real, sizeof(T), "Kel::Seconds"};
     return &type;
   } else if constexpr (Kel::NamedEnum<T>) {
+    static const auto labels = kelNames(T{});  // which returns them by value
     static const Lumo::ValueType type{Kind::enumeration, sizeof(T), Kel::valueTypeOf<T>().name,
-                                      kelNames(T{})};
+                                      labels};
     return &type;
   } else {
     static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= 0xffff,
@@ -90,7 +88,7 @@ const Lumo::ValueType* binaryType() {
 template <class T>
 void appendPiece(std::string& out, const T& piece) {
   if constexpr (isLiteral<T>) {
-    out += LiteralTraits<T>::text(piece);
+    out += literalText(piece);
   } else if constexpr (TextLike<T>) {
     Kel::TextTrace::appendEscaped(out, textView(piece));
   } else {
@@ -112,24 +110,31 @@ std::size_t recordedSize(const T& piece) noexcept {
   }
 }
 
-inline bool hasZeroByte(std::uint64_t word) noexcept {
-  return ((word - 0x0101010101010101U) & ~word & 0x8080808080808080U) != 0;
+/// Copies one word of text; false when there is a NUL in it.
+template <class Word>
+bool copyWord(std::byte* to, const char* from) noexcept {
+  Word word = 0;
+  std::memcpy(&word, from, sizeof word);
+  std::memcpy(to, &word, sizeof word);
+  constexpr auto ones = static_cast<Word>(0x0101010101010101U);
+  return ((word - ones) & ~word & (ones << 7U)) == 0;
 }
 
 /// Copies text and puts a NUL behind it; false when there was a NUL inside. Names are short: a few
-/// overlapping words are faster than two calls for copying and searching.
+/// overlapping words are faster than two calls, for copying and for searching.
 inline bool copyText(std::byte*& to, std::string_view text) noexcept {
   const std::size_t size = text.size();
   const char* const from = text.data();
   bool clean = true;
   if (size >= 8) {
-    for (std::size_t at = 0; at < size; at += 8) {
-      const std::size_t start = at + 8 <= size ? at : size - 8;
-      std::uint64_t word = 0;
-      std::memcpy(&word, from + start, 8);
-      std::memcpy(to + start, &word, 8);
-      clean &= !hasZeroByte(word);
+    clean = copyWord<std::uint64_t>(to, from);
+    for (std::size_t at = 8; at + 8 < size; at += 8) {
+      clean &= copyWord<std::uint64_t>(to + at, from + at);
     }
+    clean &= copyWord<std::uint64_t>(to + size - 8, from + size - 8);
+  } else if (size >= 4) {
+    clean = copyWord<std::uint32_t>(to, from);
+    clean &= copyWord<std::uint32_t>(to + size - 4, from + size - 4);
   } else {
     for (std::size_t at = 0; at < size; ++at) {
       to[at] = static_cast<std::byte>(from[at]);

@@ -1,37 +1,15 @@
 #include "Pario/Site.h"
 
-#include <algorithm>
-#include <atomic>
 #include <mutex>
+#include <new>
 
 namespace Pario::Impl {
+
+constinit std::array<Bucket, std::size_t{1} << kBucketBits> buckets{};
+
 namespace {
 
-// Sites are never removed, so a reader needs no lock: it walks a chain whose every link was
-// complete before it was published.
-constexpr std::size_t kBuckets = 1024;
-constinit std::array<std::atomic<const Site*>, kBuckets> buckets{};
 constinit std::mutex registering;
-
-std::atomic<const Site*>& bucketOf(const Line& line) {
-  const auto address = reinterpret_cast<std::uintptr_t>(line.form);
-  const std::uint64_t mixed =
-      (address + line.line * 0x9e3779b97f4a7c15U + line.level) * 0xff51afd7ed558ccdU;
-  return buckets[mixed >> 54U];
-}
-static_assert(kBuckets == std::size_t{1} << (64U - 54U));
-
-const Site* findIn(const Site* site, const Line& line, const Shape& shape,
-                   const char* const* literals) {
-  for (; site != nullptr; site = site->next) {
-    if (site->form == line.form && site->line == line.line && site->scope == line.scope &&
-        site->level == line.level && site->shape == &shape &&
-        std::equal(literals, literals + shape.literals, site->literals)) {
-      return site;
-    }
-  }
-  return nullptr;
-}
 
 Lumo::Site describe(const Line& line, const Shape& shape, const char* const* literals) {
   Lumo::Site site;
@@ -45,42 +23,47 @@ Lumo::Site describe(const Line& line, const Shape& shape, const char* const* lit
     if (shape.types[i] == nullptr) {
       site.pieces.push_back({*literals++, nullptr});
     } else {
-      site.pieces.push_back({{}, shape.types[i]});
+      site.pieces.push_back({{}, shape.types[i]()});
     }
   }
   return site;
 }
 
-[[gnu::cold]] const Site& registerSite(const Line& line, const Shape& shape,
-                                       const char* const* literals) {
-  const std::lock_guard lock(registering);
-  std::atomic<const Site*>& bucket = bucketOf(line);
-  const Site* const first = bucket.load(std::memory_order_relaxed);
-  if (const Site* const site = findIn(first, line, shape, literals); site != nullptr) {
-    return *site;  // another thread was faster
-  }
-  auto* const keptLiterals = new const char*[shape.literals];
-  std::copy_n(literals, shape.literals, keptLiterals);
-  auto* const site = new Site{line.scope,
-                              line.form,
-                              line.line,
-                              line.level,
-                              &shape,
-                              keptLiterals,
-                              &Lumo::registerSite(describe(line, shape, literals)),
-                              &Kel::TextTrace::facility(line.facility),
-                              std::string(line.scope) + line.form,
-                              first};
-  bucket.store(site, std::memory_order_release);
-  return *site;
+const Site* make(const Line& line, const Shape& shape,
+                 const std::array<const char*, kMostLiterals>& literals, const Site* next) {
+  const Lumo::Site& binary = Lumo::registerSite(describe(line, shape, literals.data()));
+  return new Site{line.form,
+                  line.scope,
+                  &shape,
+                  line.line,
+                  line.level,
+                  literals,
+                  next,
+                  binary.id,
+                  &binary,
+                  &Kel::TextTrace::facility(line.facility),
+                  std::string(line.scope) + line.form};
 }
 
 }  // namespace
 
-const Site& findSite(const Line& line, const Shape& shape, const char* const* literals) {
-  const Site* const site =
-      findIn(bucketOf(line).load(std::memory_order_acquire), line, shape, literals);
-  return site != nullptr ? *site : registerSite(line, shape, literals);
+const Site* registerSite(const Line& line, const Shape& shape,
+                         const std::array<const char*, kMostLiterals>& literals) noexcept {
+  const std::lock_guard lock(registering);
+  Bucket& bucket = bucketOf(line);
+  const Site* const first = bucket.load(std::memory_order_relaxed);
+  for (const Site* site = first; site != nullptr; site = site->next) {
+    if (isSiteOf(*site, line, shape) && site->literals == literals) {
+      return site;
+    }
+  }
+  try {
+    const Site* const site = make(line, shape, literals, first);
+    bucket.store(site, std::memory_order_release);
+    return site;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 }  // namespace Pario::Impl

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <string>
+#include <type_traits>
 
 #include "Lumo/TraceFile.h"
 #include "Pario/Event.h"
@@ -11,62 +14,116 @@
 namespace Pario {
 namespace Impl {
 
-template <class... Pieces>
-const Shape& shapeOf() {
-  static const Lumo::ValueType* const types[] = {[]() -> const Lumo::ValueType* {
-                                                   if constexpr (isLiteral<Pieces>) {
-                                                     return nullptr;
-                                                   } else {
-                                                     return binaryType<Pieces>();
-                                                   }
-                                                 }()...,
-                                                 nullptr};
-  static const Shape shape{sizeof...(Pieces), (std::size_t{0} + ... + (isLiteral<Pieces> ? 1 : 0)),
-                           types};
-  return shape;
-}
-
-/// Puts the address of a literal piece into the list.
 template <class T>
-void listLiteral([[maybe_unused]] const char**& list, [[maybe_unused]] const T& piece) noexcept {
+constexpr auto typeFunction() -> const Lumo::ValueType* (*)() {
   if constexpr (isLiteral<T>) {
-    *list++ = LiteralTraits<T>::text(piece);
+    return nullptr;
+  } else {
+    return binaryType<T>;
   }
 }
+
+template <class... Pieces>
+struct ShapeOf {
+  static constexpr std::size_t literals = (std::size_t{0} + ... + (isLiteral<Pieces> ? 1 : 0));
+  static_assert(literals <= kMostLiterals, "a message has at most six literals");
+  // The null behind the last one is there because an array cannot be empty.
+  static constexpr const Lumo::ValueType* (*types[])() = {typeFunction<Pieces>()..., nullptr};
+  static constexpr Shape shape{sizeof...(Pieces), types};
+};
+
+template <class... Pieces>
+std::array<const char*, kMostLiterals> literalsOf(const Pieces&... pieces) noexcept {
+  std::array<const char*, kMostLiterals> literals{};
+  [[maybe_unused]] std::size_t next = 0;
+  const auto list = [&]([[maybe_unused]] const auto& piece) {
+    if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
+      literals[next++] = literalText(piece);
+    }
+  };
+  (list(pieces), ...);
+  return literals;
+}
+
+template <class... Pieces>
+bool hasLiterals(const Site& site, const Pieces&... pieces) noexcept {
+  [[maybe_unused]] std::size_t next = 0;
+  const auto same = [&]([[maybe_unused]] const auto& piece) {
+    if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
+      return site.literals[next++] == literalText(piece);
+    } else {
+      return true;
+    }
+  };
+  return (true && ... && same(pieces));
+}
+
+/// Registers the site of a call, which may come from any thread. Null without memory for it.
+template <class... Pieces>
+[[gnu::noinline, gnu::cold]] const Site* newSiteOf(const Line& line,
+                                                   const Pieces&... pieces) noexcept {
+  return registerSite(line, ShapeOf<Pieces...>::shape, literalsOf(pieces...));
+}
+
+template <class... Pieces>
+const Site* siteOf(const Line& line, const Pieces&... pieces) noexcept {
+  for (const Site* site = bucketOf(line).load(std::memory_order_acquire); site != nullptr;
+       site = site->next) {
+    if (isSiteOf(*site, line, ShapeOf<Pieces...>::shape) && hasLiterals(*site, pieces...))
+        [[likely]] {
+      return site;
+    }
+  }
+  return newSiteOf(line, pieces...);
+}
+
+/// A record that was started: where its values go, null when there is none.
+struct OpenRecord {
+  std::byte* place;
+  Lumo::TraceFile* ring;
+};
+
+/// Settles the time of a message, for both traces: that of the open event, or the present one. Then
+/// starts a record in the default ring, if the binary trace listens to the site's level.
+OpenRecord openRecord(const Site& site, std::size_t size) noexcept;
 
 /// False when nothing was written because of a NUL inside a text.
 template <class... Pieces>
-bool writeBinary(Lumo::TraceFile& ring, const Site& site, const EventTime& time,
-                 const Pieces&... pieces) noexcept {
-  std::byte* at = ring.begin(*site.binary, (std::size_t{0} + ... + recordedSize(pieces)),
-                             time.stamp, time.seconds);
-  if (at == nullptr) [[unlikely]] {
+[[gnu::always_inline]] inline bool writeBinary(const Site& site, const Pieces&... pieces) noexcept {
+  auto [at, ring] = openRecord(site, (std::size_t{0} + ... + recordedSize(pieces)));
+  if (at == nullptr) {
     return true;
   }
   if (!(true & ... & record(at, pieces))) [[unlikely]] {
-    ring.abandon();
+    ring->abandon();
     return false;
   }
-  ring.finish(at);
+  ring->finish(at);
   return true;
 }
 
-/// Hands the finished message to the text trace.
-void sendText(const Site& site, const Line& line, const EventTime& time,
-              const std::string& message);
-
+/// Writes the record anew with every NUL inside a text escaped.
 template <class... Pieces>
-[[gnu::noinline, gnu::cold]] void writeText(const Site& site, const Line& line,
-                                            const EventTime& time, const Pieces&... pieces) {
-  std::string message = site.prefix;
-  (appendPiece(message, pieces), ...);
-  sendText(site, line, time, message);
+[[gnu::noinline, gnu::cold]] void writeEscaped(const Site& site, const Pieces&... pieces) noexcept {
+  try {
+    writeBinary(site, withoutNul(pieces)...);
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+    // Deliberate: without memory for the copy the record is lost; a handler must not notice.
+  }
 }
 
-/// The default ring when the binary trace listens to `level`, else null.
-inline Lumo::TraceFile* ringFor(unsigned level) noexcept {
-  const bool listens = (listening.load(std::memory_order_relaxed) & (0x10000U << level)) != 0;
-  return listens ? Lumo::defaultHandle() : nullptr;
+/// Hands the finished message to the text trace, under the time that openRecord settled.
+void sendText(const Site& site, const std::string& message);
+
+template <class... Pieces>
+[[gnu::noinline, gnu::cold]] void writeText(const Site& site, const Pieces&... pieces) noexcept {
+  try {
+    std::string message = site.prefix;
+    (appendPiece(message, pieces), ...);
+    sendText(site, message);
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+    // Deliberate: without memory for the text the line is lost; a handler must not notice.
+  }
 }
 
 }  // namespace Impl
@@ -84,22 +141,15 @@ inline Lumo::TraceFile* ringFor(unsigned level) noexcept {
 /// prints the line that the text trace printed. Never fails: what cannot be written is lost.
 template <class... Pieces>
 [[gnu::noinline]] void write(const Line& line, const Pieces&... pieces) noexcept {
-  try {
-    const Impl::Shape& shape = Impl::shapeOf<Pieces...>();
-    const char* literals[sizeof...(Pieces) + 1];
-    const char** list = literals;
-    (Impl::listLiteral(list, pieces), ...);
-    const Impl::Site& site = Impl::findSite(line, shape, literals);
-    const EventTime time = Impl::timeNow();
-    if (Lumo::TraceFile* const ring = Impl::ringFor(line.level);
-        ring != nullptr && !Impl::writeBinary(*ring, site, time, pieces...)) [[unlikely]] {
-      Impl::writeBinary(*ring, site, time, Impl::withoutNul(pieces)...);
-    }
-    if (site.text->listens(line.level)) [[unlikely]] {
-      Impl::writeText(site, line, time, pieces...);
-    }
-  } catch (...) {  // NOLINT(bugprone-empty-catch)
-    // Deliberate: without memory for a description the line is lost; a handler must not notice.
+  const Impl::Site* const site = Impl::siteOf(line, pieces...);
+  if (site == nullptr) [[unlikely]] {
+    return;
+  }
+  if (!Impl::writeBinary(*site, pieces...)) [[unlikely]] {
+    Impl::writeEscaped(*site, pieces...);
+  }
+  if (site->text->listens(line.level)) [[unlikely]] {
+    Impl::writeText(*site, pieces...);
   }
 }
 
