@@ -3,6 +3,7 @@
 // returns.
 #include <iostream>
 
+#include "Kel/Kel.h"
 #include "policy/VelaPolicyTranslateSm.h"
 
 int main() {
