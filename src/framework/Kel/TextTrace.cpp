@@ -115,7 +115,10 @@ Levels levelsOfAny() noexcept {
   return levels;
 }
 
-void levelObserverIs(void (*changed)()) noexcept { levelObserver.store(changed); }
+LevelObserver levelObserverIs(LevelObserver changed) noexcept {
+  process();  // reads the environment first: an observer may ask for the levels when it is called
+  return levelObserver.exchange(changed);
+}
 
 std::shared_ptr<Sink> sinkIs(std::shared_ptr<Sink> sink) {
   if (sink == nullptr) {

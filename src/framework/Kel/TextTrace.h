@@ -105,9 +105,11 @@ bool levelsAre(std::string_view text, std::string& why);
 /// The levels to which at least one facility listens.
 Levels levelsOfAny() noexcept;
 
-/// `changed` is called after every change of the levels of any facility; null for nobody. There is
-/// one such place, for the trace front end, which keeps a copy for its first test.
-void levelObserverIs(void (*changed)()) noexcept;
+/// `changed` is called after every change of the levels of any facility; null for nobody. Returns
+/// the previous one. There is one place for it, for the trace front end, which keeps a copy of the
+/// levels for its first test.
+using LevelObserver = void (*)();
+LevelObserver levelObserverIs(LevelObserver changed) noexcept;
 
 /// Takes lines. `write` is called for one line at a time.
 class Sink {
