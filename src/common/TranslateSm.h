@@ -100,8 +100,18 @@ class TranslateSm : public Kel::PtrInterface {
   static void storeAndPublish(const TranslateSm& sm, T& attribute, const T& value, Kel::AttrId id) {
     if (!(attribute == value)) {
       attribute = value;
-      sm.notifieeList().publish(id, nullptr, &attribute);
+      sm.notifieeList().publish(id, nullptr, valueOf(attribute));
     }
+  }
+
+  /// What a notification carries as value: an object itself, not the pointer that holds it.
+  template <class T>
+  static const void* valueOf(const T& attribute) noexcept {
+    return &attribute;
+  }
+  template <class T>
+  static const void* valueOf(const Brix::Ptr<T>& object) noexcept {
+    return static_cast<const Kel::PtrInterface*>(object.get());
   }
 
   /// The last steps, in the machine's own order.

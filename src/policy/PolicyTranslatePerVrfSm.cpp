@@ -92,7 +92,7 @@ Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
   auto child = perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
                                       priority, ruleV1, ruleV2, cookie);
   if (!present) {
-    notifieeList().publish(perRuleSmAttr.id, &priority, child.get());
+    notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
   }
   return child;
 }

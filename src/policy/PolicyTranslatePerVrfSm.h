@@ -22,6 +22,7 @@ class PolicyTranslatePerVrfSm final : public TranslateSm,
   }
   static constexpr std::array<std::string_view, 4> kelOperations{"doUpdate", "handleRule",
                                                                  "cleanup", "handleInitialized"};
+  static constexpr std::array<Kel::AttrId, 4> kelPublished{134, 135, 139, 140};
   static constexpr bool kDispatchIsNoexcept = false;
 
   KEL_CONST(130, vrfName, L3::VrfName)

@@ -23,6 +23,7 @@ class PerVrfServiceDeviceTranslateSm final
   }
   static constexpr std::array<std::string_view, 4> kelOperations{"handleL3Intf", "doUpdate",
                                                                  "cleanup", "handleInitialized"};
+  static constexpr std::array<Kel::AttrId, 3> kelPublished{135, 136, 137};
   static constexpr bool kDispatchIsNoexcept = true;
 
   KEL_CONST(130, vrfName, L3::VrfName)

@@ -83,6 +83,15 @@ void SubscriberList::remove(Subscriber& subscriber) noexcept {
   }
 }
 
+std::vector<Subscriber*> SubscriberList::all() const {
+  if (!isList()) {
+    return word_ == 0 ? std::vector<Subscriber*>() : std::vector<Subscriber*>{single()};
+  }
+  std::vector<Subscriber*> present(block().slots(), block().end());
+  std::erase(present, nullptr);
+  return present;
+}
+
 void SubscriberList::grow() noexcept {
   Block& old = block();
   Block* larger = Block::make(old.capacity * 2);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "Brix/Counted.h"
 #include "Brix/Subscriber.h"
@@ -48,6 +49,8 @@ class SubscriberList {
   std::size_t size() const noexcept;
   void add(Subscriber& subscriber) noexcept;
   void remove(Subscriber& subscriber) noexcept;
+  /// The subscribers at this moment, in the order of registration.
+  std::vector<Subscriber*> all() const;
 
  private:
   friend class Publisher;
@@ -86,6 +89,10 @@ class Publisher {
   }
   std::size_t subscriberCount() const noexcept {
     return subscribers_ == nullptr ? 0 : subscribers_->size();
+  }
+
+  std::vector<Subscriber*> subscribers() const {
+    return subscribers_ == nullptr ? std::vector<Subscriber*>() : subscribers_->all();
   }
 
   /// Delivers a notification to every subscriber (see SubscriberList); raises what the first

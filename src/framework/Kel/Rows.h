@@ -60,9 +60,12 @@ consteval bool twins() {
 template <class T>
 const TypeDescriptor& describe() {
   static constexpr TypeDescriptor type = [] {
-    TypeDescriptor made{T::kelTypeName(), rowsOf<T>, {}};
+    TypeDescriptor made{T::kelTypeName(), rowsOf<T>, {}, {}};
     if constexpr (requires { T::kelOperations; }) {
       made.operations = T::kelOperations;
+    }
+    if constexpr (requires { T::kelPublished; }) {
+      made.published = T::kelPublished;
     }
     return made;
   }();

@@ -59,6 +59,7 @@ struct TypeDescriptor {
   const char* name = "";                           ///< with its namespace
   std::span<const Row> rows;                       ///< in the order of their ids
   std::span<const std::string_view> operations;  ///< callable operations of a state machine
+  std::span<const Brix::AttrId> published;       ///< what it tells its notifieeList()
 
   const Row* row(std::string_view name_) const;
   const Row* row(Brix::AttrId id) const;
