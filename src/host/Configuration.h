@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/Progress.h"
+#include "host/Report.h"
+#include "host/Trees.h"
+
+namespace Host {
+
+/// Reads the documents, in this order, into trees that nobody watches yet: lists are merged, and of
+/// a leaf that several documents have the last one counts. False when anything is wrong; all of it
+/// has been reported then, and the trees are good for nothing.
+bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
+                       Report& report, Progress& progress);
+
+}  // namespace Host

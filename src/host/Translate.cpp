@@ -1,0 +1,78 @@
+#include "host/Translate.h"
+
+#include <optional>
+
+#include "Kel/System.h"
+#include "host/Configuration.h"
+#include "host/ExitCode.h"
+#include "host/OutputFile.h"
+#include "host/TextTrace.h"
+#include "host/TreeWriter.h"
+#include "policy/VelaPolicyTranslateSm.h"
+#include "servicedevice/VelaServiceDeviceTranslateSm.h"
+
+namespace Host {
+namespace {
+
+/// A clock that stands still, for as long as this lives.
+class StandingClock {
+ public:
+  explicit StandingClock(Kel::Seconds time) {
+    Kel::System::clockIs([time] { return time; });
+  }
+  StandingClock(const StandingClock&) = delete;
+  StandingClock& operator=(const StandingClock&) = delete;
+  ~StandingClock() { Kel::System::clockIs({}); }
+};
+
+void print(const Trees& trees, ByteSink& sink) {
+  JsonWriter json(sink, Layout::pretty);
+  json.openObject();
+  for (const Node* const top : Schema::instance().tops()) {
+    if (top->module != "vela-l3") {
+      TreeWriter(json).container(*top, trees);
+    }
+  }
+  json.closeObject();
+  json.endLine();
+}
+
+}  // namespace
+
+int translate(const std::vector<std::string>& documents, Kel::Seconds time,
+              const RunOptions& options, const Console& console) {
+  Report report(console.err, options.color);
+  Progress progress(console.err, options.progress);
+  const Trees trees;
+  if (!readConfiguration(documents, trees, report, progress)) {
+    report.sum("nothing was translated");
+    return kWrongInput;
+  }
+
+  progress.begin("translating", 0);
+  std::optional<OutputFile> file;
+  if (!options.output.empty()) {
+    file.emplace(options.output);
+  }
+  std::optional<TextTrace> trace;
+  if (!options.trace.empty()) {
+    trace.emplace(options.trace, options.traceLevels);
+  }
+  const StandingClock clock(time);
+  const auto policies =
+      VelaPolicyMonitor::policyTranslateRootSmFactory(trees.policyV1, trees.policyV2, trees.status);
+  const auto serviceDevices = VelaPolicyMonitor::serviceDeviceTranslateRootSmFactory(
+      trees.serviceDeviceV1, trees.serviceDeviceV2, trees.status);
+  trace.reset();  // how the trees are taken down again is no part of a translation
+
+  progress.begin("printing", 0);
+  if (file) {
+    print(trees, *file);
+    file->commit();
+  } else {
+    print(trees, console.out);
+  }
+  return kDone;
+}
+
+}  // namespace Host
