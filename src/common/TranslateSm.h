@@ -124,10 +124,12 @@ class TranslateSm : public Kel::PtrInterface {
   /// The outermost handler has ended: serves what was postponed, destroys what nobody holds.
   void settle();
 
-  bool attention_ = false;  // something to settle: a postponed call, or no reference left
-  bool retired_ = false;
+  // They fill the gap that the base has left: there are hundreds of thousands of machines.
+  bool attention_ : 1 = false;  // something to settle: a postponed call, or no reference left
+  bool retired_ : 1 = false;
   std::uint16_t depth_ = 1;  // handlers on the stack; the constructor counts as one
 };
+static_assert(sizeof(TranslateSm) == 16);
 
 /// A machine is busy while this lives. At the end of the outermost one, postponed notifications are
 /// served, and the machine is destroyed if its last reference has gone meanwhile: nobody may touch

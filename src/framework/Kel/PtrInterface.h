@@ -33,9 +33,9 @@ class PtrInterface : public Brix::Counted {
   PtrInterface() noexcept = default;
 
  private:
-  // They fill the gap behind the count, and what follows in derived classes goes on in it.
-  bool notificationActive_ = false;
-  bool markedForDeletion_ = false;
+  // One byte in the gap behind the count; what follows in derived classes goes on in that gap.
+  bool notificationActive_ : 1 = false;
+  bool markedForDeletion_ : 1 = false;
 };
 
 }  // namespace Kel
