@@ -19,7 +19,7 @@ struct PacketHeader {
   std::uint64_t contentBits;     ///< what is valid: this header and whole records
   std::uint64_t packetBits;      ///< the size of the segment
   std::uint64_t sequence;        ///< counts the segments in the order of their use; 0: never used
-  std::uint64_t discarded;       ///< records dropped since the trace was opened
+  std::uint64_t discarded;       ///< records dropped while this was the current segment
 };
 static_assert(sizeof(PacketHeader) == 80 && offsetof(PacketHeader, begin) == 32,
               "no gaps: the metadata describes every byte");

@@ -133,7 +133,7 @@ bool TraceFile::nextSegment(std::size_t needed, std::uint64_t stamp) noexcept {
   storeReleased(next.end, stamp);
   storeReleased(next.begin, stamp);
   storeReleased(next.sequence, ++sequence_);
-  storeReleased(next.discarded, discarded());
+  storeReleased(next.discarded, 0);
   // Keeps the records that follow behind the stores above, for a reader of a live trace.
   std::atomic_thread_fence(std::memory_order_release);
   packet_ = &next;
@@ -143,9 +143,9 @@ bool TraceFile::nextSegment(std::size_t needed, std::uint64_t stamp) noexcept {
 }
 
 void TraceFile::drop() noexcept {
-  const std::uint64_t discarded = discarded_.fetch_add(1, std::memory_order_relaxed) + 1;
+  discarded_.fetch_add(1, std::memory_order_relaxed);
   if (packet_ != nullptr) {
-    storeReleased(packet_->discarded, discarded);
+    std::atomic_ref(packet_->discarded).fetch_add(1, std::memory_order_relaxed);
   }
 }
 

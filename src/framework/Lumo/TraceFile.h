@@ -61,7 +61,8 @@ namespace Lumo {
 /// beside it as it is, for the reader that prints the same line that the text trace prints.
 ///
 /// **Drops.** A record that is larger than a segment, of a site without metadata, or from a signal
-/// handler that interrupted a record is dropped and counted; the count is in the packet's header.
+/// handler that interrupted a record is dropped and counted; the count of a
+/// segment's time is in its header.
 ///
 /// **Threads and forks.** Any thread may write (WriterLock). A child made by fork shares the pages
 /// of its parent's files and must not write there: it starts without a default handle.

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Lumo/Segments.h"
+#include "TraceTools.h"
+
+namespace {
+
+using LumoTest::Folder;
+
+TEST(Segments, LimitsAreStated) {
+  std::string why;
+  for (const auto& [size, count] : std::initializer_list<std::pair<std::size_t, std::size_t>>{
+           {4095, 4}, {0, 4}, {4097, 4}, {4096, 1}, {4096, 4097}, {std::size_t{1} << 31U, 2}}) {
+    EXPECT_EQ(Lumo::Segments::inMemory(size, count, why), nullptr) << size << " " << count;
+    EXPECT_EQ(why,
+              std::to_string(count) + " trace segments of " + std::to_string(size) +
+                  " bytes are not possible; expected 2 to 4096 segments of 4096 bytes to 1 GiB, "
+                  "in steps of 4096 bytes");
+  }
+}
+
+TEST(Segments, FilesHaveTheirFullSizeAndSpaceFromTheBeginning) {
+  const Folder folder("segments");
+  const auto ring = LumoTest::openRing(folder.path(), 8192, 3);
+  for (const char* name : {"segment-0000", "segment-0001", "segment-0002"}) {
+    struct stat status {};
+    ASSERT_EQ(stat((folder.path() + "/" + name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, 8192);
+    EXPECT_GE(status.st_blocks * 512, 8192);
+  }
+  EXPECT_FALSE(folder.has("segment-0003"));
+}
+
+TEST(Segments, WhatTheProcessBeforeLeftIsKeptOnce) {
+  const Folder folder("previous");
+  const Lumo::Site& site = LumoTest::siteWith(LumoTest::kNumber);
+  for (std::uint32_t process = 1; process <= 3; ++process) {
+    const auto ring = LumoTest::openRing(folder.path(), 4096, process == 1 ? 5 : 2);
+    LumoTest::put(*ring, site, process);
+  }
+  const auto present = LumoTest::readWithBabeltrace(folder.path());
+  ASSERT_EQ(present.lines.size(), 1U) << present.errors;
+  EXPECT_NE(present.lines[0].find("number = 3"), std::string::npos);
+  const auto previous = LumoTest::readWithBabeltrace(folder.previous());
+  ASSERT_EQ(previous.lines.size(), 1U) << previous.errors;
+  EXPECT_NE(previous.lines[0].find("number = 2"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(folder.previous() + "/segment-0002"))
+      << "segments of the first process are not mixed with those of the second";
+}
+
+TEST(Segments, FilesThatAreNotOfATraceAreLeftAlone) {
+  const Folder folder("foreign");
+  std::filesystem::create_directory(folder.path());
+  std::filesystem::create_directory(folder.previous());
+  std::ofstream(folder.path() + "/metadata") << "x";
+  std::ofstream(folder.path() + "/notes") << "mine";
+  std::ofstream(folder.previous() + "/notes") << "older";
+  LumoTest::openRing(folder.path());
+  EXPECT_EQ(folder.content("notes"), "mine");
+  EXPECT_EQ(folder.content("../" + std::filesystem::path(folder.previous()).filename().string() +
+                           "/notes"),
+            "older");
+}
+
+TEST(Segments, TwoProcessesDoNotShareADirectory) {
+  const Folder folder("shared");
+  const auto ring = LumoTest::openRing(folder.path());
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 4, why), nullptr);
+  EXPECT_EQ(why, "trace directory " + folder.path() +
+                     " is in use by another process; give each its own directory");
+}
+
+TEST(Segments, ADirectoryThatCannotBeMadeSaysWhichAndWhy) {
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::open("/no/such/folder", 4096, 4, why), nullptr);
+  EXPECT_EQ(why, "cannot create trace directory /no/such/folder: No such file or directory");
+  const Folder folder("file");
+  std::ofstream(folder.path()) << "x";
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 4, why), nullptr);
+  EXPECT_EQ(why, "cannot open trace directory " + folder.path() + ": Not a directory");
+}
+
+TEST(Segments, AFullDiskIsAnErrorWhenTheRingIsOpenedNotLater) {
+  const Folder folder("full");
+  const pid_t child = fork();
+  if (child == 0) {  // a limit on the size of files stands for a full disk
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string why;
+    const bool refused = Lumo::TraceFile::open(folder.path(), 8192, 4, why) == nullptr;
+    const bool said =
+        why == "cannot reserve 8192 bytes for trace file segment-0000: File too large";
+    _exit(refused && said ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+}  // namespace
