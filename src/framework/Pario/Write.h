@@ -36,7 +36,7 @@ template <class... Pieces>
 std::array<const char*, kMostLiterals> literalsOf(const Pieces&... pieces) noexcept {
   std::array<const char*, kMostLiterals> literals{};
   [[maybe_unused]] std::size_t next = 0;
-  const auto list = [&]([[maybe_unused]] const auto& piece) {
+  [[maybe_unused]] const auto list = [&]([[maybe_unused]] const auto& piece) {
     if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
       literals[next++] = literalText(piece);
     }
@@ -48,7 +48,7 @@ std::array<const char*, kMostLiterals> literalsOf(const Pieces&... pieces) noexc
 template <class... Pieces>
 bool hasLiterals(const Site& site, const Pieces&... pieces) noexcept {
   [[maybe_unused]] std::size_t next = 0;
-  const auto same = [&]([[maybe_unused]] const auto& piece) {
+  [[maybe_unused]] const auto same = [&]([[maybe_unused]] const auto& piece) {
     if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
       return site.literals[next++] == literalText(piece);
     } else {
