@@ -20,6 +20,10 @@ def entries(document, module, source, collection):
     return {device["device-name"]: device for device in tree.get(collection, [])}
 
 
+# What version 2 calls otherwise.
+RENAMED = {"log-enabled": "log"}
+
+
 class Generation:
     """One generation of a document, with the names that its module gives to things."""
 
@@ -60,7 +64,7 @@ def leaves(rule):
             if name == "match":
                 found.update({f"match/{leaf}": items for leaf, items in value.items()})
             else:
-                found[name] = value
+                found[RENAMED.get(name, name)] = value
     return {path: json.dumps(value, separators=(",", ":")) for path, value in found.items()}
 
 
@@ -83,7 +87,8 @@ def print_rule(version1, version2, device, vrf, net_vrf, priority):
     print(f"  rule {priority} of {device}")
     print(f"  {'':<24}{f'version 1, VRF {vrf}':<{width}}  version 2, network VRF {net_vrf}")
     for path in list(before) + [path for path in after if path not in before]:
-        print(f"  {path:<24}{before.get(path, '-'):<{width}}  {after.get(path, '-')}")
+        label = next((f"{old}, {new}" for new, old in RENAMED.items() if old == path), path)
+        print(f"  {label:<24}{before.get(path, '-'):<{width}}  {after.get(path, '-')}")
 
 
 def print_flags(translated):
