@@ -26,10 +26,10 @@ inline std::atomic<bool> threadSafePointers{false};
 ///
 /// - *One word, two ways to change it.* The count is an atomic. With `threadSafePointers` off it is
 ///   changed by a relaxed load and a relaxed store, which compile to plain instructions; with it on
-///   by read-modify-write, where a decrement releases and the last one acquires, so that whoever
-///   destroys sees all writes made through other pointers. Both ways work on the same word, so the
-///   switch may be thrown while objects are alive, as long as only one thread uses them at that
-///   moment.
+///   by read-modify-write, where a decrement releases and acquires, so that whoever destroys sees
+///   all writes made through other pointers (a fence would do, but thread checkers do not know
+///   fences). Both ways work on the same word, so the switch may be thrown while objects are alive,
+///   as long as only one thread uses them at that moment.
 ///
 /// - *What happens at zero is the object's own business* (`onZeroReferences`). Nearly all objects
 ///   are destroyed there and then. A state machine with a handler on the stack waits for that
@@ -50,10 +50,9 @@ class Counted {
 
   void refDec() const noexcept {
     if (threadSafePointers.load(std::memory_order_relaxed)) {
-      if (count_.fetch_sub(1, std::memory_order_release) != 1) {
+      if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1) {
         return;
       }
-      std::atomic_thread_fence(std::memory_order_acquire);
     } else {
       const std::uint32_t left = count_.load(std::memory_order_relaxed) - 1;
       count_.store(left, std::memory_order_relaxed);
