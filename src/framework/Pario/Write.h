@@ -94,7 +94,9 @@ template <class... Pieces>
   if (at == nullptr) {
     return true;
   }
-  if (!(true & ... & record(at, pieces))) [[unlikely]] {
+  bool clean = true;
+  ((clean = record(at, pieces) && clean), ...);
+  if (!clean) [[unlikely]] {
     ring->abandon();
     return false;
   }
