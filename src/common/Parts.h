@@ -68,7 +68,8 @@ class Children {
 
   /// The child under `key` if it was built from `args`; otherwise it gives way to a new one. The
   /// old child comes to its end before the new one is built: its last act empties the version-2
-  /// entity that both write.
+  /// entity that both write. Null when the owner has come to its end itself (one of its handlers is
+  /// still on the stack): a child of its would empty, at its own end, what the successor's wrote.
   template <class... Args>
   Brix::Ptr<Child> keepOrReplace(TranslateSm& owner, const Key& key, const Args&... args) {
     const Busy busy{owner};
@@ -78,11 +79,12 @@ class Children {
       }
       remove(key)->retire();
     }
-    return add(key, args...);
+    return owner.retired() ? nullptr : add(key, args...);
   }
 
   /// The child under `key`, built now if there is none; one that was built from other objects
-  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException.
+  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException. Null when the
+  /// owner has come to its end, as above.
   template <class... Args>
   Brix::Ptr<Child> keepOrThrow(TranslateSm& owner, const char* collection, const Key& key,
                                const Args&... args) {
@@ -93,7 +95,7 @@ class Children {
       }
       return Brix::Ptr<Child>(there);
     }
-    return add(key, args...);
+    return owner.retired() ? nullptr : add(key, args...);
   }
 
   void activeIs(bool on) noexcept {

@@ -65,6 +65,7 @@ class TranslateSm : public Kel::PtrInterface {
 
   /// Brings the machine to its end now; its destructor then only releases what it holds.
   void retire() noexcept;
+  bool retired() const noexcept { return retired_; }
 
  protected:
   TranslateSm() noexcept = default;

@@ -91,7 +91,7 @@ Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
   const bool present = perRuleSm_.find(priority) != nullptr;
   auto child = perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
                                       priority, ruleV1, ruleV2, cookie);
-  if (!present) {
+  if (!present && child) {
     notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
   }
   return child;
