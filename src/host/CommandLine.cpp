@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "host/Concat.h"
 #include "host/ExitCode.h"
 #include "host/Report.h"
 #include "host/Suggest.h"
@@ -47,10 +48,9 @@ void addRunOptions(CLI::App& command, Request& request) {
   command
       .add_option("--trace", request.run.trace, "write the text trace to this file; - is stderr")
       ->type_name("FILE");
-  command.add_option("--trace-levels", "what to trace: 6 decisions, 7 exits, 8 entries")
+  command.add_option("--trace-levels", "6 decisions, 7 exits, 8 entries (default: 0-9)")
       ->check(levels)
-      ->type_name("LEVELS")
-      ->default_str("0-9");
+      ->type_name("LEVELS");
   command.add_flag("--progress", request.progress, "show progress (default: on a terminal)");
   command.add_flag("-q,--quiet", request.quiet, "show no progress");
   command.add_option("--color", request.color, "colour messages: auto, always or never")
@@ -91,7 +91,7 @@ std::vector<std::string> namesOf(const CLI::App& command, bool options) {
   if (options) {
     for (const CLI::Option* const option : command.get_options()) {
       for (const std::string& name : option->get_lnames()) {
-        names.push_back("--" + name);
+        names.push_back(concat({"--", name}));
       }
     }
   } else {
@@ -137,12 +137,12 @@ int parseAndRun(const std::vector<std::string>& arguments, Request& request,
   app.set_version_flag("--version", "vpm " VPM_VERSION);
   app.require_subcommand(1);
   app.get_formatter()->column_width(24);
+  app.footer("\"vpm COMMAND --help\" tells more, with examples.\n");
   addTranslate(app, request);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
-    const auto chosen = app.get_subcommands();
-    console.out.write((chosen.empty() ? app : *chosen.front()).help());
+    console.out.write(app.help());
     return kDone;
   } catch (const CLI::CallForVersion&) {
     console.out.write("vpm " VPM_VERSION "\n");

@@ -1,5 +1,6 @@
 #include "host/Configuration.h"
 
+#include "host/Concat.h"
 #include "host/DocumentReader.h"
 #include "host/EntityFiller.h"
 
@@ -18,7 +19,7 @@ bool readConfiguration(const std::vector<std::string>& documents, const Trees& t
       report.problem(document, why);
       continue;
     }
-    progress.begin("reading " + source->name(), source->text().size());
+    progress.begin(concat({"reading ", source->name()}), source->text().size());
     EntityFiller filler(trees);
     const auto faults = DocumentReader(report.room()).read(*source, filler, &progress.done());
     if (!faults.empty()) {

@@ -1,5 +1,7 @@
 #include "host/DataPath.h"
 
+#include "host/Concat.h"
+
 namespace Host {
 namespace {
 
@@ -34,7 +36,7 @@ std::string pathOf(std::span<const Step> steps) {
     if (step.key != nullptr) {
       appendKeys(path, *step.node, step.key);
     } else if (step.position != 0) {
-      path += "[" + std::to_string(step.position) + "]";
+      path += concat({"[", std::to_string(step.position), "]"});
     }
   }
   return path;

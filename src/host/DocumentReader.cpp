@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/Concat.h"
 #include "host/DocumentWalk.h"
 
 namespace Host {
@@ -35,7 +36,7 @@ std::vector<Fault> DocumentReader::read(const SourceText& source, Receiver& rece
     faults.push_back(std::move(*syntax));
   } else if (!stumbled.empty()) {
     // Sound JSON that the parser cannot take, such as a document above 4 GB.
-    faults.push_back({0, 0, "the document cannot be read: " + stumbled, {}});
+    faults.push_back({0, 0, concat({"the document cannot be read: ", stumbled}), {}});
   }
   std::ranges::stable_sort(faults, {}, &Fault::offset);
   return faults;

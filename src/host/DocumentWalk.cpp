@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/Concat.h"
 #include "host/JsonText.h"
 #include "host/NodeFaults.h"
 
@@ -65,7 +66,7 @@ void DocumentWalk::document(ondemand::document& document) {
   const JsonKind kind = kindOf(take(document.type()));
   if (kind != JsonKind::object) {
     return fault(take(document.raw_json_token()),
-                 "expected an object, found " + std::string(Host::nameOf(kind)));
+                 concat({"expected an object, found ", Host::nameOf(kind)}));
   }
   const auto& tops = Schema::instance().tops();
   Seen seen = 0;
@@ -201,7 +202,7 @@ bool DocumentWalk::readKey(const Node& list, Object object, std::string_view whe
       return leaf(node, take(field.value()), key);
     }
   }
-  fault(where, "the key \"" + node.name + "\" is missing in this entry of " + list.name);
+  fault(where, concat({"the key \"", node.name, "\" is missing in this entry of ", list.name}));
   return false;
 }
 
@@ -215,8 +216,8 @@ void DocumentWalk::leafListEntry(const Node& list, Value value, void* place) {
     list.type->append(text, place);
     const std::string_view given = scalarOf(value).raw;
     fault(value.raw_json_token(),
-          (given == text ? "" : std::string(given) + " is ") + text +
-              (given == text ? " is in the list already" : ", which is in the list already"));
+          given == text ? concat({text, " is in the list already"})
+                        : concat({given, " is ", text, ", which is in the list already"}));
   }
 }
 
@@ -270,8 +271,8 @@ std::optional<DocumentWalk::Seen> DocumentWalk::leaves(const Node& node, Value v
   }
   for (std::size_t i = 0; i < node.keys; ++i) {
     if (!has(seen, i)) {
-      fault(where,
-            "the key \"" + node.children[i]->name + "\" is missing in this entry of " + node.name);
+      fault(where, concat({"the key \"", node.children[i]->name, "\" is missing in this entry of ",
+                           node.name}));
     }
   }
   return faults_.size() == faultsBefore ? std::optional(seen) : std::nullopt;
@@ -304,15 +305,15 @@ JsonScalar DocumentWalk::scalarOf(Value& value) const {
 bool DocumentWalk::is(JsonKind wanted, Value& value) {
   const JsonKind found = scalarOf(value).kind;
   if (found != wanted) {
-    fault(value.raw_json_token(), "expected " + std::string(Host::nameOf(wanted)) + ", found " +
-                                      std::string(Host::nameOf(found)));
+    fault(value.raw_json_token(),
+          concat({"expected ", Host::nameOf(wanted), ", found ", Host::nameOf(found)}));
   }
   return found == wanted;
 }
 
 bool DocumentWalk::isFirst(std::size_t index, std::string_view name, Seen& seen) {
   if (has(seen, index)) {
-    fault(quoted(name), "this object has had \"" + std::string(name) + "\" already");
+    fault(quoted(name), concat({"this object has had \"", name, "\" already"}));
     return false;
   }
   seen |= Seen{1} << index;

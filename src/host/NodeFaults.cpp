@@ -1,5 +1,6 @@
 #include "host/NodeFaults.h"
 
+#include "host/Concat.h"
 #include "host/Suggest.h"
 
 namespace Host {
@@ -7,7 +8,7 @@ namespace {
 
 std::string quoted(std::string_view name) {
   constexpr std::size_t kMost = 80;
-  return "\"" + std::string(name.substr(0, kMost)) + (name.size() > kMost ? "...\"" : "\"");
+  return concat({"\"", name.substr(0, kMost), name.size() > kMost ? "...\"" : "\""});
 }
 
 /// The containers that a document may hold.
@@ -25,7 +26,8 @@ template <class Names>
 std::string joined(const Names& names) {
   std::string text;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + std::string(names[i]);
+    text += i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
+    text += names[i];
   }
   return text;
 }
@@ -37,19 +39,19 @@ std::string whyNoContainer(std::string_view name) {
   for (const Node* const top : configured()) {
     qualified.push_back(qualifiedName(*top));
     if (top->name == name) {
-      return quoted(name) + " lacks its module at the top of a document; write \"" +
-             qualified.back() + "\"";
+      return concat({quoted(name), " lacks its module at the top of a document; write \"",
+                     qualified.back(), "\""});
     }
   }
-  return "there is no container " + quoted(name) + "; expected " + joined(qualified) +
-         didYouMean(name, {qualified.begin(), qualified.end()});
+  return concat({"there is no container ", quoted(name), "; expected ", joined(qualified),
+                 didYouMean(name, {qualified.begin(), qualified.end()})});
 }
 
 std::string whyNoNode(const Node& parent, std::string_view name) {
   if (const std::size_t colon = name.find(':'); colon != std::string_view::npos) {
     std::size_t hint = 0;
     if (parent.child(name.substr(colon + 1), hint) != nullptr) {
-      return quoted(name) + " names the wrong module; here it is " + std::string(parent.module);
+      return concat({quoted(name), " names the wrong module; here it is ", parent.module});
     }
   }
   std::vector<std::string_view> names;
@@ -59,13 +61,13 @@ std::string whyNoNode(const Node& parent, std::string_view name) {
     }
   }
   const std::string meant = didYouMean(name, names);
-  return quoted(name) + " is unknown in " + parent.name +
-         (meant.empty() ? "; expected " + joined(names) : meant);
+  return concat({quoted(name), " is unknown in ", parent.name,
+                 meant.empty() ? concat({"; expected ", joined(names)}) : meant});
 }
 
 std::string whyState(const Node& node) {
-  return "\"" + (node.parent == nullptr ? qualifiedName(node) : node.name) +
-         "\" is state that the translation alone writes; leave it out of the document";
+  return concat({"\"", node.parent == nullptr ? qualifiedName(node) : node.name,
+                 "\" is state that the translation alone writes; leave it out of the document"});
 }
 
 std::string_view withoutModule(const Node& parent, std::string_view name) {

@@ -1,5 +1,6 @@
 #include "host/ScalarText.h"
 
+#include "host/Concat.h"
 #include "host/JsonText.h"
 
 namespace Host {
@@ -94,7 +95,7 @@ bool ScalarReader::readText(const Node& node, std::string_view raw, void* value)
     return false;
   }
   if (text.empty() && node.isKey() && node.type->encoding == Encoding::string) {
-    why_ = "an empty " + node.name + "; expected at least 1 character";
+    why_ = concat({"an empty ", node.name, "; expected at least 1 character"});
     return false;
   }
   if (node.also != nullptr) {
@@ -114,14 +115,14 @@ bool ScalarReader::wrongKind(const Node& node, const JsonScalar& scalar) {
   why_ += nameOf(scalar.kind);
   const bool quoted = scalar.kind == JsonKind::text;
   if (encoding == Encoding::decimal && scalar.kind == JsonKind::number) {
-    why_ += "; a decimal stands in quotes: \"" + std::string(scalar.raw) + "\"";
+    why_ += concat({"; a decimal stands in quotes: \"", scalar.raw, "\""});
   } else if (encoding == Encoding::string && scalar.kind == JsonKind::number) {
-    why_ += "; text stands in quotes: \"" + std::string(scalar.raw) + "\"";
+    why_ += concat({"; text stands in quotes: \"", scalar.raw, "\""});
   } else if (quoted && (encoding == Encoding::number || encoding == Encoding::boolean)) {
     std::string ignored;
     Kel::AnyValue meant(*node.type);
     if (node.type->parse(scalar.raw, meant.get(), ignored)) {
-      why_ += "; write " + std::string(scalar.raw) + " without quotes";
+      why_ += concat({"; write ", scalar.raw, " without quotes"});
     }
   }
   return false;

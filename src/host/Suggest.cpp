@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Kel/Text.h"
+#include "host/Concat.h"
 
 namespace Host {
 
@@ -25,7 +26,7 @@ std::string_view nearest(std::string_view word, const std::vector<std::string_vi
 
 std::string didYouMean(std::string_view word, const std::vector<std::string_view>& names) {
   const std::string_view name = nearest(word, names);
-  return name.empty() ? "" : "; did you mean \"" + std::string(name) + "\"?";
+  return name.empty() ? "" : concat({"; did you mean \"", name, "\"?"});
 }
 
 }  // namespace Host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "host/Concat.h"
 #include "host/JsonText.h"
 #include "host/SourceText.h"
 
@@ -131,17 +132,16 @@ class SyntaxCheck {
       if (c < 0x20) {
         return fail(at_, 1,
                     c == 0 ? "text must not hold NUL (the byte 0x00)"
-                           : "the control byte " + hexByte(c) +
-                                 " in text; write it as an escape, such as \\t");
+                           : concat({"the control byte ", hexByte(c),
+                                     " in text; write it as an escape, such as \\t"}));
       }
       const std::size_t bytes =
           c == '\\' ? escapeLength(text_.substr(at_)) : utf8Length(text_.substr(at_));
       if (bytes == 0) {
         return c == '\\' ? fail(at_, 2, "no JSON escape; a backslash itself is written \\\\")
                          : fail(at_, 1,
-                                "the byte " + hexByte(c) +
-                                    " is no UTF-8 here; expected "
-                                    "text in UTF-8");
+                                concat({"the byte ", hexByte(c),
+                                        " is no UTF-8 here; expected text in UTF-8"}));
       }
       at_ += bytes;
     }
@@ -160,10 +160,10 @@ class SyntaxCheck {
       const bool number =
           found[0] == '-' || found[0] == '+' || (found[0] >= '0' && found[0] <= '9');
       return fail(at_, found.size(),
-                  "\"" + std::string(found.substr(0, 40)) +
-                      (number ? "\" is no JSON number; expected digits without leading zeros, such "
-                                "as 20000"
-                              : "\" is no JSON value; text stands in double quotes"));
+                  concat({"\"", found.substr(0, 40),
+                          number ? "\" is no JSON number; expected digits without leading zeros, "
+                                   "such as 20000"
+                                 : "\" is no JSON value; text stands in double quotes"}));
     }
     at_ = end;
   }
@@ -172,9 +172,9 @@ class SyntaxCheck {
     std::string message = "found ";
     const auto c = static_cast<unsigned char>(here());
     if (c < 0x20 || c >= 0x7f) {
-      message += "the byte " + hexByte(c);
+      message += concat({"the byte ", hexByte(c)});
     } else {
-      message += c == '"' ? std::string("text") : std::string("'") + here() + "'";
+      message += c == '"' ? "text" : concat({"'", text_.substr(at_, 1), "'"});
     }
     message.append("; expected ").append(expected);
     if (c == '/' || c == '#') {
@@ -190,11 +190,10 @@ class SyntaxCheck {
     const std::size_t last = text_.find_last_not_of(kBlanks);
     const SourceText::Place place = SourceText::placeIn(text_, open_.empty() ? 0 : open_.back());
     fail(last + 1, 0,
-         open_.empty()
-             ? std::string("the document ends here; expected a value")
-             : std::string("the document ends inside the ") + (inObject() ? "object" : "array") +
-                   " that begins at line " + std::to_string(place.line) + ", column " +
-                   std::to_string(place.column));
+         open_.empty() ? "the document ends here; expected a value"
+                       : concat({"the document ends inside the ", inObject() ? "object" : "array",
+                                 " that begins at line ", std::to_string(place.line), ", column ",
+                                 std::to_string(place.column)}));
   }
 
   std::string_view text_;
