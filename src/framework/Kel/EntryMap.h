@@ -37,7 +37,7 @@ class EntryMap {
     reference operator*() const noexcept { return {((*current_).*KeyOf)(), current_}; }
     Iterator& operator++() noexcept {
       current_.reset();  // first: what ends with it may change the map
-      step();
+      stand();
       return *this;
     }
     Iterator operator++(int) noexcept {
@@ -53,15 +53,11 @@ class EntryMap {
 
     Iterator() noexcept = default;
     explicit Iterator(const EntryMap& map) noexcept
-        : TableWalk(map.table_.anchor(), reinterpret_cast<const std::byte*>(map.table_.slots()),
-                    map.table_.size()) {
-      step();
+        : TableWalk(map.table_.anchor(), Slots::slotsOf(map.table_.block()), map.table_.size()) {
+      stand();
     }
-    void step() noexcept {
-      if (at_ == end_) {
-        leave();
-      } else {
-        const std::byte* const slot = slots_ + at_++ * sizeof(Slot);
+    void stand() noexcept {
+      if (const std::byte* const slot = step(sizeof(Slot))) {
         current_ = Brix::Ptr<T>(reinterpret_cast<const Slot*>(slot)->entry.get());
       }
     }
@@ -80,16 +76,17 @@ class EntryMap {
   /// keys and has the same hash, such as text for a string.
   template <class L>
   T* find(const L& key) const noexcept {
-    const std::uint32_t at = positionOf(key);
-    return at == Slots::kNone ? nullptr : table_.slots()[at].entry.get();
+    const std::uint32_t hash = hashOf(key);
+    const Slot* const slot = table_.find(hash, IsKey<L>{key, hash});
+    return slot == nullptr ? nullptr : slot->entry.get();
   }
 
   /// Adds an entry whose key is absent. Raises std::bad_alloc and changes nothing (the entry goes)
   /// when there is no memory.
   void insert(Brix::Ptr<T> entry) {
-    const Slot slot{PackedPointer<T>(entry.get()), hashOf(((*entry).*KeyOf)())};
-    assert(positionOf(((*entry).*KeyOf)()) == Slots::kNone && "the key is in the map already");
-    table_.append(slot, slot.hash);
+    assert(find(((*entry).*KeyOf)()) == nullptr && "the key is in the map already");
+    const std::uint32_t hash = hashOf(((*entry).*KeyOf)());
+    table_.append(Slot{PackedPointer<T>(entry.get()), hash}, hash);
     static_cast<void>(entry.release());
   }
 
@@ -97,13 +94,10 @@ class EntryMap {
   /// into the entry.
   template <class L>
   Brix::Ptr<T> take(const L& key) noexcept {
-    const std::uint32_t at = positionOf(key);
-    if (at == Slots::kNone) {
-      return nullptr;
-    }
-    Brix::Ptr<T> entry(table_.slots()[at].entry.get(), Brix::adopt);
-    table_.erase(at);
-    return entry;
+    const std::uint32_t hash = hashOf(key);
+    Slot taken;
+    const bool found = table_.take(hash, IsKey<L>{key, hash}, taken);
+    return found ? Brix::Ptr<T>(taken.entry.get(), Brix::adopt) : nullptr;
   }
 
   std::size_t size() const noexcept { return table_.size(); }
@@ -138,12 +132,13 @@ class EntryMap {
   using Slots = Table<Slot, SlotHash>;
 
   template <class L>
-  std::uint32_t positionOf(const L& key) const noexcept {
-    const std::uint32_t hash = hashOf(key);
-    return table_.find(hash, [&key, hash](const Slot& slot) {
-      return slot.hash == hash && ((*slot.entry.get()).*KeyOf)() == key;
-    });
-  }
+  struct IsKey {
+    bool operator()(const Slot& slot) const noexcept {
+      return slot.hash == hash && (slot.entry.get()->*KeyOf)() == key;
+    }
+    const L& key;
+    std::uint32_t hash;
+  };
 
   Slots table_;
 };

@@ -33,10 +33,7 @@ class Set {
     const K& operator*() const noexcept { return current_.key; }
     const K* operator->() const noexcept { return &current_.key; }
     Iterator& operator++() noexcept {
-      if (at_ == end_) {
-        leave();
-      } else {
-        const std::byte* const slot = slots_ + at_++ * sizeof(K);
+      if (const std::byte* const slot = step(sizeof(K))) {
         new (&current_.key) K(*reinterpret_cast<const K*>(slot));
       }
       return *this;
@@ -58,8 +55,7 @@ class Set {
 
     Iterator() noexcept = default;
     explicit Iterator(const Set& set) noexcept
-        : TableWalk(set.table_.anchor(), reinterpret_cast<const std::byte*>(set.table_.slots()),
-                    set.table_.size()) {
+        : TableWalk(set.table_.anchor(), Slots::slotsOf(set.table_.block()), set.table_.size()) {
       ++*this;
     }
 
@@ -72,25 +68,21 @@ class Set {
   /// std::bad_alloc and changes nothing when there is no memory.
   bool insert(const K& key) {
     const std::uint32_t hash = hashIfNeeded(key);
-    if (find(key, hash) != Slots::kNone) {
+    if (table_.find(hash, IsKey{key}) != nullptr) {
       return false;
     }
     table_.append(key, hash);
     return true;
   }
 
-  /// Returns true when the key was there.
+  /// Returns true when the key was there. The key may be a reference into this very set.
   bool erase(const K& key) noexcept {
-    const std::uint32_t position = find(key, hashIfNeeded(key));
-    if (position == Slots::kNone) {
-      return false;
-    }
-    table_.erase(position);
-    return true;
+    typename Iterator::Current taken;
+    return table_.take(hashIfNeeded(key), IsKey{key}, taken.key);
   }
 
   bool contains(const K& key) const noexcept {
-    return find(key, hashIfNeeded(key)) != Slots::kNone;
+    return table_.find(hashIfNeeded(key), IsKey{key}) != nullptr;
   }
   std::size_t size() const noexcept { return table_.size(); }
   bool empty() const noexcept { return size() == 0; }
@@ -108,13 +100,14 @@ class Set {
   };
   using Slots = Table<K, KeyHash>;
 
+  struct IsKey {
+    bool operator()(const K& slot) const noexcept { return slot == key; }
+    const K& key;
+  };
+
   std::uint32_t hashIfNeeded(const K& key) const noexcept {
     return table_.indexed() ? hashOf(key) : 0;
   }
-  std::uint32_t find(const K& key, std::uint32_t hash) const noexcept {
-    return table_.find(hash, [&key](const K& slot) { return slot == key; });
-  }
-
   Slots table_;
 };
 

@@ -5,291 +5,241 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <type_traits>
 
-#include "Kel/Walk.h"
+#include "Kel/TableIndex.h"
+#include "Kel/TableWalk.h"
 
 namespace Kel {
 
-/// A walk over a Table: the slots before `at` have had their turn, those from `end` on were
-/// inserted after it began. Everything that moves slots keeps both true.
-class TableWalk : public Walk {
- protected:
-  TableWalk() noexcept = default;
-  TableWalk(const Anchor& table, const std::byte* slots, std::uint32_t size) noexcept
-      : Walk(table), slots_(slots), end_(size) {}
-
-  const std::byte* slots_ = nullptr;
-  std::uint32_t at_ = 0;
-  std::uint32_t end_ = 0;
-
- private:
-  template <class Slot, class Hash>
-  friend class Table;
-};
-
-/// What Set and EntryMap have in common: slots without gaps, in one block of memory.
-///
-/// The block is a head, the index (none up to `kUnindexed` slots: comparing them all is faster than
-/// hashing), and the slots. A word of the index holds the position of a slot in its low bits, as
-/// many as the index needs, and in the others the same bits of the slot's hash; the low bits of the
-/// hash say where in the index the search begins. All ones is an empty word. Nothing is ever left
-/// behind by a deletion: the words behind it close up, so a table does not age.
+/// What Set and EntryMap have in common: slots without gaps, in the order of insertion until one is
+/// erased, in one block of memory: a head, an index (none up to `kUnindexed` slots, as comparing
+/// them all is faster than hashing), and the slots.
 ///
 /// Positions survive growth; a deletion moves other slots as the walks under way require (Walk.h).
+/// `Hash` is a function object that returns the hash of a slot.
 template <class Slot, class Hash>
 class Table {
   static_assert(std::is_trivially_copyable_v<Slot> && alignof(Slot) <= 8);
 
  public:
-  static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+  struct Block {
+    std::uint32_t size;
+    std::uint32_t capacity;
+  };
 
   Table() noexcept = default;
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
   ~Table() { free(detach()); }
 
-  std::uint32_t size() const noexcept { return head() == nullptr ? 0 : head()->size; }
-  /// Whether look-ups need the hash of the key.
-  bool indexed() const noexcept { return head() != nullptr && head()->capacity > kUnindexed; }
-  std::size_t heapBytes() const noexcept {
-    return head() == nullptr ? 0 : bytesOf(head()->capacity);
-  }
-  Slot* slots() const noexcept { return slotsOf(head()); }
   const Anchor& anchor() const noexcept { return anchor_; }
+  /// Null when the table owns no memory.
+  Block* block() const noexcept { return static_cast<Block*>(anchor_.storage()); }
+  std::uint32_t size() const noexcept { return sizeOf(block()); }
+  std::size_t heapBytes() const noexcept {
+    return block() == nullptr ? 0 : bytesOf(block()->capacity);
+  }
+  /// Whether look-ups need the hash of the key.
+  bool indexed() const noexcept { return block() != nullptr && isIndexed(block()); }
 
-  /// The position of the slot of this hash for which `same` holds; kNone when there is none.
+  static std::uint32_t sizeOf(const Block* block) noexcept {
+    return block == nullptr ? 0 : block->size;
+  }
+  static Slot* slotsOf(Block* block) noexcept {
+    return reinterpret_cast<Slot*>(reinterpret_cast<std::byte*>(block + 1) +
+                                   indexBytes(block->capacity));
+  }
+  static void free(Block* block) noexcept { ::operator delete(block); }
+
+  /// The slot of this hash for which `same` holds; null when there is none. `hash` matters only
+  /// when the table is indexed.
   template <class Same>
-  std::uint32_t find(std::uint32_t hash, Same same) const noexcept {
-    const Head* const block = head();
-    if (block == nullptr) {
-      return kNone;
+  const Slot* find(std::uint32_t hash, Same same) const noexcept {
+    Block* const all = block();
+    if (all == nullptr) {
+      return nullptr;
     }
-    const Slot* const slots = slotsOf(block);
-    if (block->capacity <= kUnindexed) {
-      for (std::uint32_t at = 0; at != block->size; ++at) {
-        if (same(slots[at])) {
-          return at;
-        }
-      }
-      return kNone;
+    const Slot* const slots = slotsOf(all);
+    if (!isIndexed(all)) {
+      return findUnindexed(slots, all->size, same);
     }
-    const std::uint32_t mask = maskOf(block->capacity);
-    const std::uint32_t* const index = indexOf(block);
-    for (std::uint32_t word = hash & mask;; word = (word + 1) & mask) {
-      if (((index[word] ^ hash) & ~mask) == 0 && index[word] != kEmpty) {
-        if (same(slots[index[word] & mask])) {
-          return index[word] & mask;
-        }
-      } else if (index[word] == kEmpty) {
-        return kNone;
-      }
-    }
+    return withIndex(all, [&](const auto& index) -> const Slot* {
+      const auto* const word = index.find(hash, [&](std::uint32_t at) { return same(slots[at]); });
+      return word == nullptr ? nullptr : slots + index.position(word);
+    });
   }
 
   /// Adds a slot that is not there yet. Raises std::bad_alloc and changes nothing when there is no
   /// memory. `hash` matters only when the table is indexed.
   void append(Slot slot, std::uint32_t hash) {
-    Head* block = head();
-    if (block == nullptr || block->size == block->capacity) [[unlikely]] {
+    Block* all = block();
+    if (all == nullptr || all->size == all->capacity) [[unlikely]] {
       const bool hashed = indexed();
-      block = relocate(next(block == nullptr ? 0 : block->capacity));
-      if (!hashed && indexed()) {
+      all = relocate(next(all == nullptr ? 0 : all->capacity));
+      if (!hashed && isIndexed(all)) {
         hash = Hash{}(slot);
       }
     }
-    slotsOf(block)[block->size] = slot;
-    if (block->capacity > kUnindexed) {
-      file(block, block->size, hash);
+    slotsOf(all)[all->size] = slot;
+    if (isIndexed(all)) {
+      withIndex(all, [&](const auto& index) { index.add(hash, all->size); });
     }
-    ++block->size;
+    ++all->size;
   }
 
-  void reserve(std::size_t wanted) {
-    if (wanted > (head() == nullptr ? 0 : head()->capacity)) {
-      relocate(wanted);
+  /// Takes the slot away that find() would find, and copies it to `taken`; false when there is
+  /// none.
+  template <class Same>
+  bool take(std::uint32_t hash, Same same, Slot& taken) noexcept {
+    Block* const all = block();
+    if (all == nullptr) {
+      return false;
+    }
+    Slot* const slots = slotsOf(all);
+    const Slot* found = nullptr;
+    if (isIndexed(all)) {
+      found = withIndex(all, [&](const auto& index) -> const Slot* {
+        auto* const word = index.find(hash, [&](std::uint32_t at) { return same(slots[at]); });
+        if (word == nullptr) {
+          return nullptr;
+        }
+        const Slot* const slot = slots + index.position(word);
+        index.erase(word, [slots](std::uint32_t at) { return Hash{}(slots[at]); });
+        return slot;
+      });
+    } else {
+      found = findUnindexed(slots, all->size, same);
+    }
+    if (found == nullptr) {
+      return false;
+    }
+    taken = *found;
+    closeUp(all, static_cast<std::uint32_t>(found - slots));
+    return true;
+  }
+
+  /// Makes room for `size` slots, not more.
+  void reserve(std::size_t size) {
+    if (size > (block() == nullptr ? 0 : block()->capacity)) {
+      relocate(size);
     }
   }
 
-  /// Takes the slot at `position` away.
-  void erase(std::uint32_t position) noexcept {
-    Head* const block = head();
-    if (block->capacity > kUnindexed) {
-      unfile(block, position);
-    }
-    std::uint32_t hole = position;
-    if (anchor_.walks() != nullptr) {
-      hole = moveBoundaries(block, hole);
-    }
-    move(block, block->size - 1, hole);
-    if (--block->size == 0) {
-      anchor_.storageIs(nullptr);
-      free(block);
-    }
+  /// Empties the table and brings its walks to their end; the block is the caller's to free.
+  Block* detach() noexcept {
+    Block* const all = block();
+    TableWalk::clear(anchor_);
+    anchor_.storageIs(nullptr);
+    return all;
   }
 
  private:
   static constexpr std::uint32_t kUnindexed = 8;
-  static constexpr std::uint32_t kEmpty = std::numeric_limits<std::uint32_t>::max();
+  static constexpr std::uint32_t kNarrow = 128;  // the most words of an index of 16-bit words
   static constexpr std::uint32_t kLargest = 1U << 30U;
 
-  struct Head {
-    std::uint32_t size;
-    std::uint32_t capacity;
-  };
+  static bool isIndexed(const Block* block) noexcept { return block->capacity > kUnindexed; }
 
- public:
-  /// A block that no longer belongs to the table; the table is empty and its walks are at their
-  /// end.
-  Head* detach() noexcept {
-    Head* const block = head();
-    forEachWalk([](TableWalk& walk) { walk.at_ = walk.end_ = 0; });
-    anchor_.storageIs(nullptr);
-    return block;
-  }
-  static void free(Head* block) noexcept { ::operator delete(block); }
-  static std::uint32_t sizeOf(const Head* block) noexcept {
-    return block == nullptr ? 0 : block->size;
-  }
-  static Slot* slotsOf(const Head* block) noexcept {
-    return reinterpret_cast<Slot*>(indexOf(block) + wordsOf(block->capacity));
-  }
-
- private:
-  // One less than the words of the index: a power of two, at most two thirds of which are used.
-  static constexpr std::uint32_t maskOf(std::uint32_t capacity) noexcept {
-    return kNone >> std::countl_zero(capacity + capacity / 2);
-  }
+  // The words of the index: a power of two, of which at most half are used.
   static constexpr std::uint32_t wordsOf(std::uint32_t capacity) noexcept {
-    return capacity <= kUnindexed ? 0 : maskOf(capacity) + 1;
+    return 2 * std::bit_ceil(capacity);
   }
-  static constexpr std::size_t bytesOf(std::size_t capacity) noexcept {
-    return sizeof(Head) + wordsOf(static_cast<std::uint32_t>(capacity)) * sizeof(std::uint32_t) +
-           capacity * sizeof(Slot);
+  static constexpr std::size_t indexBytes(std::uint32_t capacity) noexcept {
+    if (capacity <= kUnindexed) {
+      return 0;
+    }
+    const std::size_t words = wordsOf(capacity);
+    return words <= kNarrow ? words * sizeof(std::uint16_t) : words * sizeof(std::uint32_t);
   }
-  static std::uint32_t* indexOf(const Head* block) noexcept {
-    return reinterpret_cast<std::uint32_t*>(const_cast<Head*>(block) + 1);
+  static constexpr std::size_t bytesOf(std::uint32_t capacity) noexcept {
+    return sizeof(Block) + indexBytes(capacity) + capacity * sizeof(Slot);
   }
 
-  // As many slots as 16 bytes hold, then doubled; from the index on, as many as it has room for
-  // without growing, then one and a half times as many with an index of twice the size.
+  // As many slots as 16 bytes hold, then doubled; from the index on, in steps of half as many more
+  // and again up to the next power of two, of which only every second needs a new index.
   static constexpr std::uint32_t next(std::uint32_t capacity) noexcept {
     constexpr auto kFirst =
         static_cast<std::uint32_t>(std::clamp<std::size_t>(16 / sizeof(Slot), 1, kUnindexed));
     if (capacity < kUnindexed) {
-      return std::max(kFirst, 2 * capacity);
+      return std::max(kFirst, std::min(2 * capacity, kUnindexed));
     }
-    const std::uint32_t words = maskOf(capacity) + 1;
-    const std::uint32_t full = words / 3 * 2 + words % 3 * 2 / 3;
-    return capacity < full ? full : words;
+    return std::has_single_bit(capacity) ? capacity + capacity / 2 : std::bit_ceil(capacity);
   }
 
-  Head* head() const noexcept { return static_cast<Head*>(anchor_.storage()); }
-
-  template <class Visit>
-  void forEachWalk(Visit visit) noexcept {
-    for (Walk* walk = anchor_.walks(); walk != nullptr; walk = walk->next()) {
-      visit(*static_cast<TableWalk*>(walk));
+  template <class Same>
+  static const Slot* findUnindexed(const Slot* slots, std::uint32_t size, Same same) noexcept {
+    for (const Slot* slot = slots; slot != slots + size; ++slot) {
+      if (same(*slot)) {
+        return slot;
+      }
     }
+    return nullptr;
   }
 
-  // Moves everything to a block for `wanted` slots.
-  [[gnu::noinline]] Head* relocate(std::size_t wanted) {
-    if (wanted > kLargest) {
+  template <class Use>
+  static auto withIndex(Block* block, Use use) {
+    const std::uint32_t words = wordsOf(block->capacity);
+    return words <= kNarrow
+               ? use(TableIndex(reinterpret_cast<std::uint16_t*>(block + 1), words - 1))
+               : use(TableIndex(reinterpret_cast<std::uint32_t*>(block + 1), words - 1));
+  }
+
+  // Moves everything to a block for `size` slots.
+  [[gnu::noinline]] Block* relocate(std::size_t size) {
+    if (size > kLargest) {
       throw std::bad_array_new_length();
     }
-    const auto capacity = static_cast<std::uint32_t>(wanted);
-    Head* const old = head();
-    Head* const block = new (::operator new(bytesOf(capacity))) Head{sizeOf(old), capacity};
+    const auto capacity = static_cast<std::uint32_t>(size);
+    Block* const old = block();
+    Block* const all = new (::operator new(bytesOf(capacity))) Block{sizeOf(old), capacity};
     if (old != nullptr) {
-      std::memcpy(static_cast<void*>(slotsOf(block)), slotsOf(old), old->size * sizeof(Slot));
+      std::memcpy(static_cast<void*>(slotsOf(all)), slotsOf(old), old->size * sizeof(Slot));
     }
-    if (const std::uint32_t words = wordsOf(capacity); words != 0) {
-      if (old != nullptr && wordsOf(old->capacity) == words) {
-        std::memcpy(indexOf(block), indexOf(old), words * sizeof(std::uint32_t));
+    if (isIndexed(all)) {
+      if (old != nullptr && isIndexed(old) && wordsOf(old->capacity) == wordsOf(capacity)) {
+        std::memcpy(all + 1, old + 1, indexBytes(capacity));
       } else {
-        std::fill_n(indexOf(block), words, kEmpty);
-        for (std::uint32_t at = 0; at != block->size; ++at) {
-          file(block, at, Hash{}(slotsOf(block)[at]));
-        }
+        buildIndex(all);
       }
     }
-    anchor_.storageIs(block);
-    forEachWalk([block](TableWalk& walk) {
-      walk.slots_ = reinterpret_cast<const std::byte*>(slotsOf(block));
-    });
+    anchor_.storageIs(all);
+    TableWalk::moved(anchor_, reinterpret_cast<const std::byte*>(slotsOf(all)));
     free(old);
-    return block;
+    return all;
   }
 
-  static void file(Head* block, std::uint32_t position, std::uint32_t hash) noexcept {
-    const std::uint32_t mask = maskOf(block->capacity);
-    std::uint32_t word = hash & mask;
-    while (indexOf(block)[word] != kEmpty) {
-      word = (word + 1) & mask;
-    }
-    indexOf(block)[word] = (hash & ~mask) | position;
-  }
-
-  // The place in the index of the word for the slot at `position`.
-  static std::uint32_t* wordOf(Head* block, std::uint32_t position) noexcept {
-    const std::uint32_t mask = maskOf(block->capacity);
-    const std::uint32_t hash = Hash{}(slotsOf(block)[position]);
-    std::uint32_t word = hash & mask;
-    while (indexOf(block)[word] != ((hash & ~mask) | position)) {
-      word = (word + 1) & mask;
-    }
-    return indexOf(block) + word;
-  }
-
-  // Takes the word for `position` out of the index; words behind it that are only there because
-  // their place was taken move up.
-  static void unfile(Head* block, std::uint32_t position) noexcept {
-    const std::uint32_t mask = maskOf(block->capacity);
-    std::uint32_t* const index = indexOf(block);
-    auto hole = static_cast<std::uint32_t>(wordOf(block, position) - index);
-    for (std::uint32_t at = (hole + 1) & mask; index[at] != kEmpty; at = (at + 1) & mask) {
-      const std::uint32_t home = Hash{}(slotsOf(block)[index[at] & mask]) & mask;
-      if (((at - home) & mask) >= ((at - hole) & mask)) {
-        index[hole] = index[at];
-        hole = at;
+  static void buildIndex(Block* all) noexcept {
+    std::memset(static_cast<void*>(all + 1), 0xFF, indexBytes(all->capacity));
+    withIndex(all, [all](const auto& index) {
+      const Slot* const slots = slotsOf(all);
+      for (std::uint32_t at = 0; at != all->size; ++at) {
+        index.add(Hash{}(slots[at]), at);
       }
-    }
-    index[hole] = kEmpty;
+    });
   }
 
-  static void move(Head* block, std::uint32_t from, std::uint32_t to) noexcept {
-    if (from == to) {
-      return;
+  // Fills the hole at a position, the word for which has left the index.
+  void closeUp(Block* all, std::uint32_t hole) noexcept {
+    if (anchor_.walks() != nullptr) [[unlikely]] {
+      hole = TableWalk::closeUp(
+          anchor_, hole, [all](std::uint32_t from, std::uint32_t to) { move(all, from, to); });
     }
-    if (block->capacity > kUnindexed) {
-      std::uint32_t* const word = wordOf(block, from);
-      *word = (*word & ~maskOf(block->capacity)) | to;
+    move(all, --all->size, hole);
+    if (all->size == 0) {
+      anchor_.storageIs(nullptr);
+      free(all);
     }
-    slotsOf(block)[to] = slotsOf(block)[from];
   }
 
-  // Lowers every boundary of a walk above the hole by one, and returns where the hole is then.
-  [[gnu::noinline]] std::uint32_t moveBoundaries(Head* block, std::uint32_t hole) noexcept {
-    for (;;) {
-      std::uint32_t lowest = kNone;
-      const auto consider = [&](std::uint32_t boundary) {
-        if (boundary > hole) {
-          lowest = std::min(lowest, boundary);
-        }
-      };
-      forEachWalk([&](TableWalk& walk) { consider(walk.at_), consider(walk.end_); });
-      if (lowest == kNone) {
-        return hole;
+  static void move(Block* all, std::uint32_t from, std::uint32_t to) noexcept {
+    if (from != to) {
+      Slot* const slots = slotsOf(all);
+      if (isIndexed(all)) {
+        withIndex(all, [&](const auto& index) { index.move(Hash{}(slots[from]), from, to); });
       }
-      forEachWalk([&](TableWalk& walk) {
-        walk.at_ -= walk.at_ == lowest ? 1 : 0;
-        walk.end_ -= walk.end_ == lowest ? 1 : 0;
-      });
-      move(block, lowest - 1, hole);
-      hole = lowest - 1;
+      slots[to] = slots[from];
     }
   }
 

@@ -31,7 +31,7 @@ class Anchor {
 
   bool walked() const noexcept { return (reinterpret_cast<std::uintptr_t>(word_) & 1U) != 0; }
   Walk* latest() const noexcept { return reinterpret_cast<Walk*>(word_ - 1); }
-  void latestIs(Walk* walk) const noexcept { word_ = reinterpret_cast<std::byte*>(walk) + 1; }
+  static std::byte* tagged(Walk* walk) noexcept { return reinterpret_cast<std::byte*>(walk) + 1; }
 
   // The storage, or the latest walk plus 1. Mutable: who only reads a collection walks it as well.
   mutable std::byte* word_ = nullptr;
@@ -72,13 +72,17 @@ class Walk {
     if (owner_ == nullptr) {
       return;
     }
-    if (owner_->latest() != this) {
-      unlink();
-    } else if (next_ != nullptr) {
-      next_->storage_ = storage_;
-      owner_->latestIs(next_);
-    } else {
-      owner_->word_ = static_cast<std::byte*>(storage_);
+    if (owner_->latest() == this) {
+      owner_->word_ = next_ == nullptr ? static_cast<std::byte*>(storage_) : Anchor::tagged(next_);
+      if (next_ != nullptr) {
+        next_->storage_ = storage_;
+      }
+    } else {  // one begun later is still under way: iterators that were copied, or kept
+      Walk* later = owner_->latest();
+      while (later->next_ != this) {
+        later = later->next_;
+      }
+      later->next_ = next_;
     }
     owner_ = nullptr;
   }
@@ -90,9 +94,8 @@ class Walk {
     storage_ = owner.storage();
     next_ = owner.walks();
     owner_ = &owner;
-    owner.latestIs(this);
+    owner.word_ = Anchor::tagged(this);
   }
-  void unlink() noexcept;
 
   const Anchor* owner_ = nullptr;
   Walk* next_ = nullptr;     // the walk begun before this one
@@ -106,6 +109,12 @@ inline void Anchor::storageIs(void* storage) noexcept {
     latest()->storage_ = storage;
   } else {
     word_ = static_cast<std::byte*>(storage);
+  }
+}
+
+inline Anchor::~Anchor() {
+  for (Walk* walk = walks(); walk != nullptr; walk = walk->next_) {
+    walk->owner_ = nullptr;
   }
 }
 

@@ -191,7 +191,7 @@ TEST(EntryMap, SpendsTwelveBytesOnAnEntryAndNoneOnItsKey) {
   EXPECT_EQ(map.heapBytes(), 8U + 8 * 12U);
   map.clear();
   map.reserve(10);
-  EXPECT_EQ(map.heapBytes(), 8U + 16 * 4U + 10 * 12U);
+  EXPECT_EQ(map.heapBytes(), 8U + 32 * 2U + 10 * 12U);
 }
 
 TEST(EntryMap, HoldsAMillionEntries) {
