@@ -111,7 +111,8 @@ void PolicyTranslatePerDeviceSm::handleVrf(const String& vrfName) {
   if (policyV1 && !netVrfName.empty()) {
     run.act(" Device: ", deviceName(), " add VRF ", vrfName, "/", netVrfName);
     const auto policyV2 = output(policySetV2(), "handleVrf(const String&)").policyIs(netVrfName);
-    if (const auto child = perVrfSm(vrf); child && child->netVrfName() != netVrfName) {
+    // Not a counted pointer: it would carry the child past the deletion of its entry.
+    if (const auto* child = perVrfSm().find(vrf); child && child->netVrfName() != netVrfName) {
       removeVrf(vrf);
     }
     perVrfSmIs(vrf, netVrfName, policyV1, policyV2);
