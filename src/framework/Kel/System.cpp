@@ -4,6 +4,8 @@
 #include <ctime>
 #include <utility>
 
+#include "Kel/TimeOfDay.h"
+
 namespace Kel::System {
 namespace {
 
@@ -21,9 +23,7 @@ Seconds currentTime() {
   if (hasOwnClock.load(std::memory_order_acquire)) {
     return ownClock()();
   }
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<Seconds>(now.tv_sec) + static_cast<Seconds>(now.tv_nsec) * 1e-9;
+  return Impl::timeOfDay();
 }
 
 void clockIs(std::function<Seconds()> clock) {

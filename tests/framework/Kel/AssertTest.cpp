@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <string>
 
 #include "Kel/Assert.h"
 
@@ -17,9 +18,13 @@ TEST(AssertDeathTest, AFailureNamesPlaceFunctionConditionAndMessageAndAborts) {
               "assertion \"false\" failed: Should not be here\n$");
 }
 
+constexpr int kLineOfFailure = __LINE__ + 1;
+void failing() { Kel::require(1 + 1 == 3, "1 + 1 == 3", "no arithmetic", "void f()"); }
+
 TEST(AssertDeathTest, ThePlaceIsThatOfTheCaller) {
-  EXPECT_EXIT(Kel::require(1 + 1 == 3, "1 + 1 == 3", "no arithmetic", "void f()"),
-              testing::KilledBySignal(SIGABRT), "AssertTest\\.cpp:21: void f\\(\\): assertion \"1");
+  EXPECT_EXIT(
+      failing(), testing::KilledBySignal(SIGABRT),
+      "AssertTest\\.cpp:" + std::to_string(kLineOfFailure) + ": void f\\(\\): assertion \"1");
 }
 
 TEST(AssertDeathTest, AFailureWithoutAConditionAbortsToo) {
