@@ -23,14 +23,9 @@ struct Literal {
 namespace Impl {
 
 template <class T>
-inline constexpr bool isLiteral = false;
+inline constexpr bool isLiteral = std::same_as<T, Literal>;
 template <std::size_t N>
 inline constexpr bool isLiteral<char[N]> = true;
-template <>
-inline constexpr bool isLiteral<Literal> = true;
-
-inline const char* literalText(const char* literal) noexcept { return literal; }
-inline const char* literalText(const Literal& literal) noexcept { return literal.text; }
 
 /// A name type that wraps the framework's string.
 template <class T>
@@ -46,6 +41,27 @@ std::string_view textView(const T& value) noexcept {
     return value.stringValue().view();
   } else {
     return value;
+  }
+}
+
+/// How a piece goes on from the place of the call: literals as Literal, every text as a view, small
+/// values in registers, the rest by reference. So calls that differ only in the lengths of their
+/// literals or in their types of text share one function.
+template <class T>
+using Passed = std::conditional_t<
+    isLiteral<T>, Literal,
+    std::conditional_t<
+        TextLike<T>, std::string_view,
+        std::conditional_t<std::is_trivially_copyable_v<T> && sizeof(T) <= 8, T, const T&>>>;
+
+template <class T>
+Passed<T> pass(const T& piece) noexcept {
+  if constexpr (std::is_array_v<T>) {
+    return {piece};
+  } else if constexpr (TextLike<T>) {
+    return textView(piece);
+  } else {
+    return piece;
   }
 }
 
@@ -88,7 +104,7 @@ const Lumo::ValueType* binaryType() {
 template <class T>
 void appendPiece(std::string& out, const T& piece) {
   if constexpr (isLiteral<T>) {
-    out += literalText(piece);
+    out += piece.text;
   } else if constexpr (TextLike<T>) {
     Kel::TextTrace::appendEscaped(out, textView(piece));
   } else {

@@ -38,7 +38,7 @@ std::array<const char*, kMostLiterals> literalsOf(const Pieces&... pieces) noexc
   [[maybe_unused]] std::size_t next = 0;
   [[maybe_unused]] const auto list = [&]([[maybe_unused]] const auto& piece) {
     if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
-      literals[next++] = literalText(piece);
+      literals[next++] = piece.text;
     }
   };
   (list(pieces), ...);
@@ -50,7 +50,7 @@ bool hasLiterals(const Site& site, const Pieces&... pieces) noexcept {
   [[maybe_unused]] std::size_t next = 0;
   [[maybe_unused]] const auto same = [&]([[maybe_unused]] const auto& piece) {
     if constexpr (isLiteral<std::remove_cvref_t<decltype(piece)>>) {
-      return site.literals[next++] == literalText(piece);
+      return site.literals[next++] == piece.text;
     } else {
       return true;
     }
@@ -128,6 +128,21 @@ template <class... Pieces>
   }
 }
 
+/// `write` with its pieces as they are passed on.
+template <class... Pieces>
+[[gnu::noinline]] void writePieces(const Line& line, Pieces... pieces) noexcept {
+  const Site* const site = siteOf<std::remove_cvref_t<Pieces>...>(line, pieces...);
+  if (site == nullptr) [[unlikely]] {
+    return;
+  }
+  if (!writeBinary(*site, pieces...)) [[unlikely]] {
+    writeEscaped<std::remove_cvref_t<Pieces>...>(*site, pieces...);
+  }
+  if (site->text->listens(line.level)) [[unlikely]] {
+    writeText<std::remove_cvref_t<Pieces>...>(*site, pieces...);
+  }
+}
+
 }  // namespace Impl
 
 /// Writes one message to both traces, as far as they listen. To be called when `on(line.level)`.
@@ -142,17 +157,8 @@ template <class... Pieces>
 /// Both get the same pieces in the same order under the same time, so a reader of the binary trace
 /// prints the line that the text trace printed. Never fails: what cannot be written is lost.
 template <class... Pieces>
-[[gnu::noinline]] void write(const Line& line, const Pieces&... pieces) noexcept {
-  const Impl::Site* const site = Impl::siteOf(line, pieces...);
-  if (site == nullptr) [[unlikely]] {
-    return;
-  }
-  if (!Impl::writeBinary(*site, pieces...)) [[unlikely]] {
-    Impl::writeEscaped(*site, pieces...);
-  }
-  if (site->text->listens(line.level)) [[unlikely]] {
-    Impl::writeText(*site, pieces...);
-  }
+void write(const Line& line, const Pieces&... pieces) noexcept {
+  Impl::writePieces<Impl::Passed<Pieces>...>(line, Impl::pass(pieces)...);
 }
 
 }  // namespace Pario
