@@ -32,7 +32,13 @@ std::function<void()> nextPostponed(const TranslateSm* sm) {
 
 }  // namespace
 
-TranslateSm::~TranslateSm() { postponedCalls().erase(this); }
+TranslateSm::~TranslateSm() { dropPostponed(); }
+
+void TranslateSm::dropPostponed() noexcept {
+  if (attention_) {
+    postponedCalls().erase(this);
+  }
+}
 
 void TranslateSm::postpone(std::function<void()> call) {
   if (retired_) {
@@ -47,7 +53,7 @@ void TranslateSm::retire() noexcept {
     return;
   }
   retired_ = true;
-  postponedCalls().erase(this);
+  dropPostponed();
   tearDown();
 }
 

@@ -122,6 +122,7 @@ class TranslateSm : public Kel::PtrInterface {
   friend class Busy;
 
   void onZeroReferences() noexcept override;
+  void dropPostponed() noexcept;
   /// The outermost handler has ended: serves what was postponed, destroys what nobody holds.
   void settle();
 

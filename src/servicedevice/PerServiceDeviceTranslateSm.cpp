@@ -114,7 +114,8 @@ void PerServiceDeviceTranslateSm::handleVrf(const String& vrf) {
   if (vrfV1 && !netVrfName.empty()) {
     run.act(" Device: ", deviceName(), " add VRF ", vrf, "/", netVrfName);
     const auto netVrfV2 = output(sdConfigV2(), "handleVrf(const String&)").netVrfIs(netVrfName);
-    if (const auto child = perVrfSm(vrfName); child && child->netVrfName() != netVrfName) {
+    // Not a counted pointer: it would carry the child past the deletion of its entry.
+    if (const auto* child = perVrfSm().find(vrfName); child && child->netVrfName() != netVrfName) {
       removeVrf(vrfName);
     }
     perVrfSmIs(vrfName, netVrfName, vrfV1, netVrfV2);
