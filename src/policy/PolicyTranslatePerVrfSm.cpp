@@ -115,7 +115,8 @@ void PolicyTranslatePerVrfSm::perRuleSmDelAll() {
 void PolicyTranslatePerVrfSm::handleInitialized() {
   const Handling run{*this, kTrace, "handleInitialized()"};
   run.enter(" VRF name: ", vrfName());
-  const Brix::Ptr<UpdateCookie> previous = cookie();
+  // After a clean-up no child shares the previous cookie.
+  const Brix::Ptr<UpdateCookie> previous = initialized() ? cookie() : nullptr;
   cookieIs(UpdateCookie::UpdateCookieIs());
   initializedIs(true);
   try {
