@@ -132,10 +132,10 @@ bool TraceFile::nextSegment(std::size_t needed, std::uint64_t stamp) noexcept {
   storeReleased(next.contentBits, sizeof(PacketHeader) * 8);
   storeReleased(next.end, stamp);
   storeReleased(next.begin, stamp);
-  storeReleased(next.sequence, ++sequence_);
   storeReleased(next.discarded, 0);
-  // Keeps the records that follow behind the stores above, for a reader of a live trace.
-  std::atomic_thread_fence(std::memory_order_release);
+  // An exchange, because nothing may pass it in either direction: a reader of a live trace that sees
+  // one of the records that follow also sees that the segment was taken over.
+  std::atomic_ref(next.sequence).exchange(++sequence_, std::memory_order_acq_rel);
   packet_ = &next;
   at_ = reinterpret_cast<std::byte*>(&next) + sizeof(PacketHeader);
   end_ = reinterpret_cast<std::byte*>(&next) + segments_->size();

@@ -96,8 +96,9 @@ TEST(Metadata, KeepsInTheEnvironmentWhatTheFormatHasNoPlaceFor) {
 
 TEST(Metadata, LeavesOutSitesThatAreNotPublished) {
   const Lumo::Site& all = siteOfAllTypes();
-  EXPECT_EQ(Lumo::metadataText(kUuid, all.id).find("id = " + std::to_string(all.id) + ";"),
-            std::string::npos);
+  const std::string event = "event {\n  id = " + std::to_string(all.id) + ";";
+  EXPECT_NE(Lumo::metadataText(kUuid, all.id + 1).find(event), std::string::npos);
+  EXPECT_EQ(Lumo::metadataText(kUuid, all.id).find(event), std::string::npos);
 }
 
 TEST(Metadata, IsUnderstoodByTheReaderOfTheField) {
