@@ -53,7 +53,7 @@ class EntryMap {
 
     Iterator() noexcept = default;
     explicit Iterator(const EntryMap& map) noexcept
-        : TableWalk(map.table_.anchor(), Slots::slotsOf(map.table_.block()), map.table_.size()) {
+        : TableWalk(map.table_.anchor(), map.table_.block()->slots(), map.table_.size()) {
       stand();
     }
     void stand() noexcept {
@@ -110,12 +110,13 @@ class EntryMap {
   /// they end is deleted as well.
   void clear() noexcept {
     while (!empty()) {
-      const auto block = table_.detach();
-      for (std::uint32_t at = 0; at != Slots::sizeOf(block); ++at) {
-        const Brix::Ptr<T> entry(Slots::slotsOf(block)[at].entry.get(), Brix::adopt);
+      auto* const block = table_.detach();
+      for (std::uint32_t at = 0; at != block->size(); ++at) {
+        const Brix::Ptr<T> entry(block->slots()[at].entry.get(), Brix::adopt);
       }
-      Slots::free(block);
+      Slots::Block::free(block);
     }
+    Slots::Block::free(table_.detach());  // an empty one, of reserved room
   }
 
   Iterator begin() const noexcept { return empty() ? Iterator() : Iterator(*this); }

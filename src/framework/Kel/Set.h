@@ -55,7 +55,7 @@ class Set {
 
     Iterator() noexcept = default;
     explicit Iterator(const Set& set) noexcept
-        : TableWalk(set.table_.anchor(), Slots::slotsOf(set.table_.block()), set.table_.size()) {
+        : TableWalk(set.table_.anchor(), set.table_.block()->slots(), set.table_.size()) {
       ++*this;
     }
 
@@ -86,7 +86,7 @@ class Set {
   }
   std::size_t size() const noexcept { return table_.size(); }
   bool empty() const noexcept { return size() == 0; }
-  void clear() noexcept { Slots::free(table_.detach()); }
+  void clear() noexcept { Slots::Block::free(table_.detach()); }
   /// Makes room for `size` keys, not more.
   void reserve(std::size_t size) { table_.reserve(size); }
   std::size_t heapBytes() const noexcept { return table_.heapBytes(); }

@@ -10,6 +10,53 @@
 namespace Kel {
 
 /// Memory for the objects of one type, and the count of them.
+///
+/// How a slab works, and why it is like this:
+///
+/// - *What it is for.* The library lives for months in somebody else's process. Its objects come
+/// and
+///   go by the hundred thousand, all of a few types. Taking them from the heap of the process would
+///   cost 16 bytes an object for the heap's own notes and rounding, would spread them among the
+///   agent's data, and would leave nobody able to say how many there are. A slab per type gives
+///   blocks without overhead that lie together, and two numbers per type that can be read while the
+///   process runs: how many objects live, and how many there were at the most. A count that only
+///   grows is a leak with a name.
+///
+/// - *Pages.* Memory comes from the system in pages of 32 KiB, aligned to their size: the page of a
+///   block is found by clearing the low bits of its address, and a block needs no header. A page
+///   begins with its own free list and the count of its used blocks.
+///
+/// - *A free list per page, not per type.* After objects have ended in random order, a single list
+///   for all leads from anywhere to anywhere, and each allocation is a cache miss for months to
+///   come. Here a list never leaves its page, and blocks are taken from one page until that is
+///   full.
+///
+/// - *Blocks that were never out* are not put on any list: a mark moves up through the page. So a
+///   fresh page is touched only as far as it is used.
+///
+/// - *Open pages.* The pages with free blocks form a list, and blocks are taken from the first of
+///   them. A page that becomes full leaves the list; one that was full and gets a block back is put
+///   behind the first. A page that becomes empty goes back to the system at once, unless it is the
+///   first: one object that comes and goes does not take a page with it each time. So no page but
+///   the first is ever empty, and a slab holds at most one page more than its objects need at the
+///   worst spread.
+///
+/// - *Large objects*, above an eighth of a page, would waste the rest of a page. They come from the
+///   system one by one, and are counted like all others.
+///
+/// - *Threads.* While Brix::threadSafePointers is off, the slab works on plain numbers. While it is
+///   on, a lock is taken, so that an object may end on another thread than the one that made it.
+///   The switch is thrown while one thread only is at work, as with the pointers.
+///
+/// - *Failure.* Only a new page can fail, before anything has changed. A constructor that raises is
+///   no case of its own: the language calls the operator delete of the class, which gives the block
+///   and the count back.
+///
+/// - *The address sanitizer* sees each object as a block of its own, so that it finds a use after
+///   the end: there are no pages then, but the counts are the same.
+///
+/// - *Statics.* The slabs of types are made at their first use and never destroyed, because objects
+///   that are held by somebody's static variable end later than any static of ours.
 class Slab {
  public:
   /// `typeName` is kept, not copied. `size` is in bytes, `align` is a power of two.

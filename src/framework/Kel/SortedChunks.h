@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -58,8 +57,7 @@ class SortedChunks {
   /// memory.
   void insert(const Slot& slot) {
     Place place = lowerBound(slot.key);
-    if (place.chunk != 0 &&
-        place.slot == 0) {  // rather behind the chunk above than in front of this
+    if (place.chunk != 0 && place.slot == 0) {  // rather behind the chunk above
       place = {place.chunk - 1, static_cast<std::uint32_t>(chunks_[place.chunk - 1].slots.size())};
     }
     if (chunks_.empty()) {
@@ -108,20 +106,32 @@ class SortedChunks {
     return place.slot < chunks_[place.chunk].slots.size() ? place : Place{place.chunk + 1, 0};
   }
 
+  // How many of the first slots or chunks come before the place that is looked for. The halving has
+  // no branch that could be predicted wrongly.
+  template <class Element, class IsBefore>
+  static std::uint32_t countBefore(const std::vector<Element>& all, IsBefore isBefore) noexcept {
+    const Element* first = all.data();
+    std::size_t size = all.size();
+    while (size > 1) {
+      const std::size_t half = size / 2;
+      first += half * static_cast<std::size_t>(isBefore(first[half - 1]));
+      size -= half;
+    }
+    const bool last = size == 1 && isBefore(*first);
+    return static_cast<std::uint32_t>(first - all.data()) + (last ? 1U : 0U);
+  }
+
   // Where `key` is or would be.
   template <class L>
   Place lowerBound(const L& key) const noexcept {
-    const auto next = std::partition_point(chunks_.begin(), chunks_.end(), [&key](const Chunk& c) {
-      return (c.highest <=> key) >= 0;
-    });
-    if (next == chunks_.begin()) {
+    const std::uint32_t chunks =
+        countBefore(chunks_, [&key](const Chunk& chunk) { return (chunk.highest <=> key) >= 0; });
+    if (chunks == 0) {
       return {};
     }
-    const auto chunk = static_cast<std::uint32_t>(next - chunks_.begin() - 1);
-    const std::vector<Slot>& slots = chunks_[chunk].slots;
-    const auto slot = std::partition_point(slots.begin(), slots.end(),
-                                           [&key](const Slot& s) { return (s.key <=> key) > 0; });
-    return normal({chunk, static_cast<std::uint32_t>(slot - slots.begin())});
+    const std::uint32_t slots = countBefore(
+        chunks_[chunks - 1].slots, [&key](const Slot& slot) { return (slot.key <=> key) > 0; });
+    return normal({chunks - 1, slots});
   }
 
   // Makes room in a full chunk; returns the place again. At an end of the whole a new chunk is

@@ -18,15 +18,48 @@ class TableWalk : public Walk {
     forEach(table, [](TableWalk& walk) { walk.at_ = walk.end_ = 0; });
   }
   /// The table has its slots elsewhere now, at the same positions.
-  static void moved(const Anchor& table, const std::byte* slots) noexcept {
-    forEach(table, [slots](TableWalk& walk) { walk.slots_ = slots; });
+  static void moved(const Anchor& table, const void* slots) noexcept {
+    forEach(table,
+            [slots](TableWalk& walk) { walk.slots_ = static_cast<const std::byte*>(slots); });
   }
 
   /// Makes every walk right again after the deletion of the slot at `hole`: each boundary above it
   /// comes down by one, and the slot that it thereby passes is moved into the hole by `move(from,
-  /// to)`. Returns where the hole is in the end: in no walk's way, and never behind the last slot.
+  /// to)`. Returns where the hole is in the end: above every boundary, or at the last slot.
   template <class Move>
   static std::uint32_t closeUp(const Anchor& table, std::uint32_t hole, Move move) noexcept {
+    auto* const latest = static_cast<TableWalk*>(table.walks());
+    if (latest->next() != nullptr) {
+      return closeUpAll(table, hole, move);
+    }
+    for (std::uint32_t* const boundary : {&latest->at_, &latest->end_}) {
+      if (*boundary > hole) {
+        move(--*boundary, hole);
+        hole = *boundary;
+      }
+    }
+    return hole;
+  }
+
+ protected:
+  TableWalk() noexcept = default;
+  TableWalk(const Anchor& table, const void* slots, std::uint32_t size) noexcept
+      : Walk(table), slots_(static_cast<const std::byte*>(slots)), end_(size) {}
+
+  /// The slot whose turn is next, of `size` bytes; null, and the walk is done, when there is none.
+  const std::byte* step(std::size_t size) noexcept {
+    if (at_ == end_) {
+      leave();
+      return nullptr;
+    }
+    return slots_ + at_++ * size;
+  }
+
+ private:
+  // The same for several walks, whose boundaries are taken in ascending order.
+  template <class Move>
+  [[gnu::noinline]] static std::uint32_t closeUpAll(const Anchor& table, std::uint32_t hole,
+                                                    Move move) noexcept {
     constexpr auto kNone = std::numeric_limits<std::uint32_t>::max();
     for (;;) {
       std::uint32_t lowest = kNone;
@@ -46,21 +79,6 @@ class TableWalk : public Walk {
     }
   }
 
- protected:
-  TableWalk() noexcept = default;
-  TableWalk(const Anchor& table, const void* slots, std::uint32_t size) noexcept
-      : Walk(table), slots_(static_cast<const std::byte*>(slots)), end_(size) {}
-
-  /// The slot whose turn is next, of `size` bytes; null, and the walk is done, when there is none.
-  const std::byte* step(std::size_t size) noexcept {
-    if (at_ == end_) {
-      leave();
-      return nullptr;
-    }
-    return slots_ + at_++ * size;
-  }
-
- private:
   template <class Visit>
   static void forEach(const Anchor& table, Visit visit) noexcept {
     for (Walk* walk = table.walks(); walk != nullptr; walk = walk->next()) {
