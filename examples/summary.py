@@ -97,7 +97,7 @@ def print_flags(translated):
             "converged" if record.get(flag) else "not converged"
             for flag in ("policy-converge", "service-device-converge")
         )
-        print(f"  record {record['device-name']}: policies {policy}, VRFs {service_device}")
+        print(f"  policies {policy}, VRFs {service_device}: record {record['device-name']}")
 
 
 def network_vrf(version1, version2, device, vrf):
