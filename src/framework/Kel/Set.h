@@ -39,7 +39,7 @@ class Set {
       return *this;
     }
     Iterator operator++(int) noexcept {
-      const Iterator before = *this;
+      Iterator before = *this;
       ++*this;
       return before;
     }

@@ -136,6 +136,7 @@ TEST(OrderedMap, InsertsTwentyThousandRulesInAnyOrderWithFewComparisons) {
       std::sort(keys.begin(), keys.end());
     }
     std::vector<Brix::Ptr<Rule>> entries;
+    entries.reserve(keys.size());
     for (const std::uint32_t key : keys) {
       entries.push_back(rule(key));
     }
