@@ -42,8 +42,11 @@ bool parseSettings(std::string_view text, std::vector<Setting>& settings, std::s
   while (!text.empty()) {
     const std::size_t slash = text.find('/');
     if (slash == std::string_view::npos || slash == 0) {
-      why = "\"" + std::string(text) + "\" names no facility; expected FACILITY/LEVELS, such as " +
-            "VelaPolicyMonitor/6-8, and further ones after a comma";
+      why = "\"";
+      why.append(text).append(
+          "\" names no facility; expected FACILITY/LEVELS, such as VelaPolicyMonitor/6-8, and "
+          "further "
+          "ones after a comma");
       return false;
     }
     const std::size_t nextSlash = text.find('/', slash + 1);
@@ -55,7 +58,7 @@ bool parseSettings(std::string_view text, std::vector<Setting>& settings, std::s
     }
     Levels levels = 0;
     if (!parseLevels(text.substr(slash + 1, end - slash - 1), levels, why)) {
-      why = "facility " + std::string(text.substr(0, slash)) + ": " + why;
+      why.insert(0, ": ").insert(0, text.substr(0, slash)).insert(0, "facility ");
       return false;
     }
     settings.emplace_back(text.substr(0, slash), levels);

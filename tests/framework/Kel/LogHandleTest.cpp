@@ -2,10 +2,10 @@
 
 #include <memory>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "Kel/LogHandle.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -101,18 +101,12 @@ TEST(LogHandle, ASinkMayRaiseAnotherMessageAndReplaceItself) {
 }
 
 TEST(LogHandle, HandlesComeAndGoOnSeveralThreads) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([] {
-      for (int round = 0; round < 200; ++round) {
-        const Kel::LogHandle handle("PASSING", 7, "%s", "", "");
-        EXPECT_NE(Kel::LogHandle::find("PASSING"), nullptr);
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::onThreads(4, [](std::size_t) {
+    for (int round = 0; round < 200; ++round) {
+      const Kel::LogHandle handle("PASSING", 7, "%s", "", "");
+      EXPECT_NE(Kel::LogHandle::find("PASSING"), nullptr);
+    }
+  });
   EXPECT_EQ(Kel::LogHandle::find("PASSING"), nullptr);
 }
 

@@ -1,20 +1,19 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <thread>
-#include <vector>
 
 #include "Kel/TextTrace.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -46,8 +45,7 @@ std::string contentOf(const std::string& path) {
 }
 
 std::string temporaryPath(const std::string& name) {
-  const std::string path =
-      testing::TempDir() + "text-trace-" + std::to_string(getpid()) + "-" + name;
+  std::string path = testing::TempDir() + "text-trace-" + std::to_string(getpid()) + "-" + name;
   std::filesystem::remove(path);
   return path;
 }
@@ -122,13 +120,8 @@ TEST(TextTraceFacility, IsOneObjectWhenManyThreadsAskFirst) {
   for (int round = 0; round < 20; ++round) {
     const std::string name = "TestOfThreads" + std::to_string(round);
     std::array<Kel::TextTrace::Facility*, 4> found{};
-    std::vector<std::thread> threads;
-    for (auto& place : found) {
-      threads.emplace_back([&place, &name] { place = &Kel::TextTrace::facility(name); });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    TestSupport::onThreads(found.size(),
+                           [&](std::size_t i) { found[i] = &Kel::TextTrace::facility(name); });
     for (const auto* place : found) {
       EXPECT_EQ(place, found[0]);
     }
@@ -317,17 +310,11 @@ TEST(TextTraceSink, LinesOfManyThreadsAreWholeAndAllThere) {
   const std::string path = temporaryPath("threads");
   std::string why;
   const WithSink sink(Kel::TextTrace::fileSink(path, why));
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([] {
-      for (int round = 0; round < 100; ++round) {
-        Kel::TextTrace::write(kLine);
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::onThreads(4, [](std::size_t) {
+    for (int round = 0; round < 100; ++round) {
+      Kel::TextTrace::write(kLine);
+    }
+  });
   std::ifstream file(path);
   int lines = 0;
   for (std::string line; std::getline(file, line); ++lines) {

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <ctime>
 #include <thread>
-#include <vector>
 
 #include "Kel/TimeOfDay.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -39,13 +39,7 @@ TEST(TimeOfDay, IsTheKernelsAfterALongPause) {
 }
 
 TEST(TimeOfDay, IsTheKernelsOnEveryThread) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([] { compareFor(0.06); });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::onThreads(3, [](std::size_t) { compareFor(0.06); });
 }
 
 TEST(TimeOfDay, GoesOnBetweenTwoQuestions) {

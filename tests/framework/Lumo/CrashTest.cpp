@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <array>
 #include <chrono>
+#include <csignal>
 #include <set>
 #include <thread>
 

@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "Lumo/Segments.h"
 #include "TraceTools.h"

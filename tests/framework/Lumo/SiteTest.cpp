@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <thread>
 #include <vector>
 
 #include "Lumo/Site.h"
 #include "TraceTools.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -37,17 +37,11 @@ TEST(Site, FormatHasAPlaceForEachValueAndDoublesPercentSigns) {
 
 TEST(Site, ManyThreadsGetIdsOfTheirOwn) {
   std::vector<std::vector<const Lumo::Site*>> made(4);
-  std::vector<std::thread> threads;
-  for (auto& mine : made) {
-    threads.emplace_back([&mine] {
-      for (int i = 0; i < 50; ++i) {
-        mine.push_back(&LumoTest::siteWith(kNumber));
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::onThreads(made.size(), [&](std::size_t thread) {
+    for (int i = 0; i < 50; ++i) {
+      made[thread].push_back(&LumoTest::siteWith(kNumber));
+    }
+  });
   std::set<std::uint32_t> ids;
   for (const auto& mine : made) {
     for (const Lumo::Site* site : mine) {

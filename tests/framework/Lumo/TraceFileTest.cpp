@@ -1,14 +1,14 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <array>
+#include <csignal>
 #include <numeric>
-#include <thread>
 
 #include "Lumo/TraceFile.h"
 #include "TraceTools.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -236,17 +236,11 @@ TEST(TraceFile, AChildMadeByForkHasNoDefaultHandle) {
 TEST(TraceFile, RecordsOfManyThreadsAreWholeAndAllThere) {
   const auto ring = memoryRing(std::size_t{1} << 16U, 8);
   constexpr std::uint32_t kEach = 2000;
-  std::vector<std::thread> threads;
-  for (std::uint32_t thread = 0; thread < 4; ++thread) {
-    threads.emplace_back([&ring, thread] {
-      for (std::uint32_t i = 0; i < kEach; ++i) {
-        put(*ring, numberSite(), thread << 24U | i);
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  TestSupport::onThreads(4, [&](std::size_t thread) {
+    for (std::uint32_t i = 0; i < kEach; ++i) {
+      put(*ring, numberSite(), static_cast<std::uint32_t>(thread << 24U) | i);
+    }
+  });
   EXPECT_EQ(ring->discarded(), 0U);
   std::array<std::uint32_t, 4> next{};
   for (const std::uint32_t number : numbersIn(*ring)) {

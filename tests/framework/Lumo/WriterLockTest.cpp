@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <thread>
-#include <vector>
 
 #include "Lumo/WriterLock.h"
+#include "support/OnThreads.h"
 
 namespace {
 
@@ -57,19 +57,13 @@ TEST(WriterLock, LetsOneInAtATime) {
   for (int round = 0; round < 20; ++round) {
     Lumo::WriterLock lock;
     int value = 0;  // guarded by the lock: a lost increment is a fault of it
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-      threads.emplace_back([&] {
-        for (int n = 0; n < 1000; ++n) {
-          EXPECT_TRUE(lock.enter());
-          ++value;
-          lock.leave();
-        }
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    TestSupport::onThreads(4, [&](std::size_t) {
+      for (int n = 0; n < 1000; ++n) {
+        EXPECT_TRUE(lock.enter());
+        ++value;
+        lock.leave();
+      }
+    });
     EXPECT_EQ(value, 4000);
   }
 }

@@ -5,12 +5,12 @@
 #include <limits>
 #include <set>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "Kel/System.h"
 #include "Pario/Write.h"
 #include "TracedTypes.h"
+#include "support/OnThreads.h"
 #include "support/RingCapture.h"
 #include "support/TraceCapture.h"
 
@@ -179,17 +179,11 @@ TEST(Write, ManyThreadsThatComeToASiteFirstRegisterItOnce) {
     RingCapture ring;
     const std::uint32_t before = Lumo::siteCount();
     std::atomic<int> ready{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-      threads.emplace_back([&] {
-        for (++ready; ready != 4;) {
-        }
-        trace(6, 1000 + round, " together ", round);
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    TestSupport::onThreads(4, [&](std::size_t) {
+      for (++ready; ready != 4;) {
+      }
+      trace(6, 1000 + round, " together ", round);
+    });
     EXPECT_EQ(Lumo::siteCount(), before + 1);
     EXPECT_EQ(ring.take().size(), 4U);
   }
