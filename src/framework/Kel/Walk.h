@@ -18,9 +18,9 @@ class Walk;
 ///   own body and whatever it calls may delete the current entry and any other, insert, insert
 ///   deleted keys anew, clear the collection, destroy it, and begin walks inside the walk.
 ///
-/// - *Why it must be so.* Who walks version 2 and deletes what version 1 no longer has calls
-///   observers with each deletion, and these write to both versions as they like. Copies of all
-///   keys would have to be made before each walk, although hardly any walk is disturbed.
+/// - *Why it must be so.* Who walks a copy and deletes what the original no longer has calls
+///   observers with each deletion, and these write to both as they like. Without the promise all
+///   keys would have to be copied before each walk, although hardly any walk is disturbed.
 ///
 /// - *A walk is registered.* An iterator is an entry in a list of its collection, as long as it is
 ///   under way. So the collection can set right whatever its own changes would spoil, and it can
