@@ -1,26 +1,19 @@
 #include "Lumo/TraceFile.h"
 
-#include <fcntl.h>
-#include <pthread.h>
 #include <sys/random.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <new>
 #include <utility>
 
+#include "Lumo/DefaultHandle.h"
+
 namespace Lumo {
 
-constinit std::atomic<TraceFile*> Impl::defaultFile{nullptr};
-
 namespace {
-
-constinit std::atomic<void (*)()> handleObserver{nullptr};
 
 Uuid randomUuid() {
   Uuid uuid{};
@@ -37,8 +30,6 @@ void storeReleased(std::uint64_t& place, std::uint64_t value) noexcept {
   std::atomic_ref(place).store(value, std::memory_order_release);
 }
 
-void afterForkInChild() noexcept { defaultHandleIs(nullptr); }
-
 }  // namespace
 
 TraceFile::TraceFile(std::unique_ptr<Segments> segments)
@@ -52,17 +43,9 @@ TraceFile::TraceFile(std::unique_ptr<Segments> segments)
     header->contentBits = sizeof(PacketHeader) * 8;
     header->packetBits = segments_->size() * 8;
   }
-  static const int registered = pthread_atfork(nullptr, nullptr, afterForkInChild);
-  static_cast<void>(registered);  // without memory for it the child goes unprotected, no more
 }
 
-TraceFile::~TraceFile() {
-  if (TraceFile* self = this; Impl::defaultFile.compare_exchange_strong(self, nullptr)) {
-    if (const auto changed = handleObserver.load(); changed != nullptr) {
-      changed();
-    }
-  }
-}
+TraceFile::~TraceFile() { Impl::forgetHandle(this); }
 
 std::unique_ptr<TraceFile> TraceFile::open(const std::string& directory, std::size_t segmentSize,
                                            std::size_t count, std::string& why) {
@@ -133,8 +116,8 @@ bool TraceFile::nextSegment(std::size_t needed, std::uint64_t stamp) noexcept {
   storeReleased(next.end, stamp);
   storeReleased(next.begin, stamp);
   storeReleased(next.discarded, 0);
-  // An exchange, because nothing may pass it in either direction: a reader of a live trace that sees
-  // one of the records that follow also sees that the segment was taken over.
+  // An exchange, because nothing may pass it in either direction: a reader of a live trace that
+  // sees one of the records that follow also sees that the segment was taken over.
   std::atomic_ref(next.sequence).exchange(++sequence_, std::memory_order_acq_rel);
   packet_ = &next;
   at_ = reinterpret_cast<std::byte*>(&next) + sizeof(PacketHeader);
@@ -167,15 +150,5 @@ bool TraceFile::saveTo(const std::string& directory, std::string& why) {
   }
   return true;
 }
-
-TraceFile* defaultHandleIs(TraceFile* file) noexcept {
-  TraceFile* const before = Impl::defaultFile.exchange(file, std::memory_order_acq_rel);
-  if (const auto changed = handleObserver.load(); changed != nullptr) {
-    changed();
-  }
-  return before;
-}
-
-void defaultHandleObserverIs(void (*changed)()) noexcept { handleObserver.store(changed); }
 
 }  // namespace Lumo

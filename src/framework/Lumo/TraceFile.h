@@ -61,8 +61,8 @@ namespace Lumo {
 /// beside it as it is, for the reader that prints the same line that the text trace prints.
 ///
 /// **Drops.** A record that is larger than a segment, of a site without metadata, or from a signal
-/// handler that interrupted a record is dropped and counted; the count of a
-/// segment's time is in its header.
+/// handler that interrupted a record is dropped and counted; the header of a segment says how many
+/// were dropped in its time.
 ///
 /// **Threads and forks.** Any thread may write (WriterLock). A child made by fork shares the pages
 /// of its parent's files and must not write there: it starts without a default handle.
@@ -155,22 +155,5 @@ class TraceFile {
   Uuid uuid_{};
   std::atomic<std::uint64_t> discarded_{0};
 };
-
-namespace Impl {
-extern std::atomic<TraceFile*> defaultFile;
-}
-
-/// The ring to which the trace front end writes; null when none was set up.
-inline TraceFile* defaultHandle() noexcept {
-  return Impl::defaultFile.load(std::memory_order_acquire);
-}
-
-/// Sets the default ring, null for none. The caller keeps it alive; a ring that is destroyed stops
-/// being the default by itself. Returns the previous one.
-TraceFile* defaultHandleIs(TraceFile* file) noexcept;
-
-/// `changed` is called after each change of the default ring; null for nobody. There is one such
-/// place, for the trace front end, which keeps a copy for its first test.
-void defaultHandleObserverIs(void (*changed)()) noexcept;
 
 }  // namespace Lumo

@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <array>
 #include <csignal>
@@ -200,37 +198,6 @@ TEST(TraceFile, ARingInMemoryIsSavedAsTheSameTrace) {
   const auto reading = readWithBabeltrace(folder.path());
   EXPECT_EQ(reading.status, 0) << reading.errors;
   EXPECT_EQ(reading.lines.size(), kPerSegment + 5U);
-}
-
-TEST(TraceFile, ThereIsNoDefaultHandleUntilOneIsSet) {
-  EXPECT_EQ(Lumo::defaultHandle(), nullptr);
-  const auto ring = memoryRing();
-  EXPECT_EQ(Lumo::defaultHandleIs(ring.get()), nullptr);
-  EXPECT_EQ(Lumo::defaultHandle(), ring.get());
-  EXPECT_EQ(Lumo::defaultHandleIs(nullptr), ring.get());
-}
-
-TEST(TraceFile, ARingThatIsDestroyedStopsBeingTheDefault) {
-  auto first = memoryRing();
-  auto second = memoryRing();
-  Lumo::defaultHandleIs(first.get());
-  second.reset();
-  EXPECT_EQ(Lumo::defaultHandle(), first.get());
-  first.reset();
-  EXPECT_EQ(Lumo::defaultHandle(), nullptr);
-}
-
-TEST(TraceFile, AChildMadeByForkHasNoDefaultHandle) {
-  const auto ring = memoryRing();
-  Lumo::defaultHandleIs(ring.get());
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(Lumo::defaultHandle() == nullptr ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(Lumo::defaultHandle(), ring.get()) << "in the parent nothing changed";
 }
 
 TEST(TraceFile, RecordsOfManyThreadsAreWholeAndAllThere) {
