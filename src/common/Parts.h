@@ -83,17 +83,21 @@ class Children {
   }
 
   /// The child under `key`, built now if there is none; one that was built from other objects
-  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException. Null when the
-  /// owner has come to its end, as above.
+  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException; while the owner
+  /// is catching up it gives way instead, as its entry was deleted and created anew meanwhile. Null
+  /// when the owner has come to its end, as above.
   template <class... Args>
   Brix::Ptr<Child> keepOrThrow(TranslateSm& owner, const char* collection, const Key& key,
                                const Args&... args) {
     const Busy busy{owner};
     if (Child* const there = find(key)) {
-      if (!there->builtFrom(args...)) {
+      if (there->builtFrom(args...)) {
+        return Brix::Ptr<Child>(there);
+      }
+      if (!owner.catchingUp()) {
         Kel::Impl::throwMutatorReinstantiating(collection, Kel::textOf(key));
       }
-      return Brix::Ptr<Child>(there);
+      remove(key)->retire();
     }
     return owner.retired() ? nullptr : add(key, args...);
   }

@@ -19,7 +19,7 @@ std::unordered_map<const TranslateSm*, Calls>& postponedCalls() {
 /// The next call postponed for `sm`; empty when there is none.
 std::function<void()> nextPostponed(const TranslateSm* sm) {
   const auto at = postponedCalls().find(sm);
-  if (at == postponedCalls().end()) {
+  if (at == postponedCalls().end() || at->second.empty()) {
     return {};
   }
   std::function<void()> call = std::move(at->second.front());
@@ -44,8 +44,8 @@ void TranslateSm::postpone(std::function<void()> call) {
   if (retired_) {
     return;
   }
+  attention_ = true;  // first: a call that finds no memory may leave an empty list behind
   postponedCalls()[this].push_back(std::move(call));
-  attention_ = true;
 }
 
 void TranslateSm::retire() noexcept {
@@ -67,6 +67,7 @@ void TranslateSm::onZeroReferences() noexcept {
 
 void TranslateSm::settle() {
   std::exception_ptr first;
+  catchingUp_ = true;
   while (const auto call = nextPostponed(this)) {  // the machine stays busy while they are served
     if (refCount() == 0 || kelMarkedForDeletion()) {
       continue;  // about to be destroyed, or to ignore it
@@ -79,6 +80,7 @@ void TranslateSm::settle() {
       }
     }
   }
+  catchingUp_ = false;
   attention_ = false;
   depth_ = 0;
   if (refCount() == 0) {

@@ -28,8 +28,10 @@ using Kel::String;
 ///   observer of version 2 has written version 1 from inside a handler, is postponed with a copy of
 ///   its key and served when the machine is done, in the order of arrival. Handlers decide by
 ///   looking things up, so a late delivery does what a timely one would have done; and a second
-///   child for a key whose first child is still being built cannot come about. Machines that are
-///   not busy are served at once.
+///   child for a key whose first child is still being built cannot come about. One thing a look-up
+///   cannot tell: an entry that was deleted and created anew meanwhile is just another object under
+///   its key. So while a machine is catching up, a child that was built from other objects gives
+///   way where it would be an error otherwise. Machines that are not busy are served at once.
 ///
 /// - *Exceptions.* A handler's exception ends that handler only. What was postponed is served all
 ///   the same; then the first exception goes on to whoever made the change.
@@ -42,7 +44,7 @@ using Kel::String;
 ///   destructor, or before that from `retire()`, when a parent replaces a child by a new one on the
 ///   same version-2 entity. A replaced child that somebody still holds must not empty, at its
 ///   destruction, what the new child has written meanwhile. From the first of these steps on
-///   nothing is dispatched to the machine any more.
+///   nothing is dispatched to the machine any more, and it makes no more children.
 ///
 /// - *Members are released in the reverse order of declaration*, that of the attribute table. A
 ///   machine names the parts that the notification switch reaches, inputs before children, in one
@@ -51,6 +53,8 @@ class TranslateSm : public Kel::PtrInterface {
  public:
   /// Whether notifications wait: under construction, in a handler, or past its end.
   bool busy() const noexcept { return depth_ != 0 || retired_; }
+  /// Whether what runs was postponed: entries may have been replaced between then and now.
+  bool catchingUp() const noexcept { return catchingUp_; }
 
   /// Keeps `call` until the machine is done; dropped when the machine has come to its end.
   void postpone(std::function<void()> call);
@@ -65,6 +69,7 @@ class TranslateSm : public Kel::PtrInterface {
 
   /// Brings the machine to its end now; its destructor then only releases what it holds.
   void retire() noexcept;
+  /// Whether it has come to its end; it may go on existing for whoever holds it.
   bool retired() const noexcept { return retired_; }
 
  protected:
@@ -129,6 +134,7 @@ class TranslateSm : public Kel::PtrInterface {
   // They fill the gap that the base has left: there are hundreds of thousands of machines.
   bool attention_ : 1 = false;  // something to settle: a postponed call, or no reference left
   bool retired_ : 1 = false;
+  bool catchingUp_ : 1 = false;
   std::uint16_t depth_ = 1;  // handlers on the stack; the constructor counts as one
 };
 static_assert(sizeof(TranslateSm) == 16);
