@@ -6,6 +6,7 @@
 
 #include "host/Concat.h"
 #include "host/ExitCode.h"
+#include "host/Replay.h"
 #include "host/Report.h"
 #include "host/Suggest.h"
 #include "host/Translate.h"
@@ -27,10 +28,39 @@ Exit codes:
   3  a file could not be written, or the machine failed
 )";
 
+constexpr const char* kReplayExamples = R"(A line of the log is one burst of changes: a JSON object with any of these members,
+which act in this order:
+  time     number: what the clock shows from here on, in seconds
+  delete   [PATH...]
+  replace  [{"path": PATH, "value": ...}...]  writes just what differs
+  update   [{"path": PATH, "value": ...}...]  merges the value in
+  notify   [PATH...]  announces again what has not changed
+  control  "start", "stop", "suspend", "resume", "cleanup" or "initialize";
+           with "tree": "policy" or "service-device"; both when absent
+  signal   false: do not write the timestamp of touched policies and VRFs at the end
+  show     ["v2", "status", "audit", "stats"]: what to answer
+
+Examples:
+  vpm replay --config firewall.json changes.log
+      what becomes of a document and a log of changes to it
+  echo '{"update":[{"path":"/vela-l3:policy-source/policy-set[device-name=fw1]",
+         "value":{}}],"show":["v2"]}' | tr -d '\n' | vpm replay
+      one line by hand; lines from standard input are answered as they come
+  vpm replay --config new.json --v2 old-run.json < /dev/null
+      what a restart makes of version 2 that an earlier run has left
+
+Exit codes:
+  0  done
+  1  done, but a line raised an error or an audit found a difference
+  2  a document, the log or the command line is wrong; nothing was printed or applied
+  3  a file could not be written, or the machine failed
+)";
+
 /// All that the command line says.
 struct Request {
   RunOptions run;
   std::vector<std::string> documents;
+  ReplayRequest replay;
   Kel::Seconds time = 0;
   std::string color = "auto";
   bool progress = false;
@@ -58,22 +88,42 @@ void addRunOptions(CLI::App& command, Request& request) {
       ->type_name("WHEN");
 }
 
+void addTime(CLI::App& command, Request& request, const std::string& what) {
+  const auto time = [&request](const std::string& text) {
+    std::string why;
+    Kel::parseValue(text, request.time, why);
+    return why;
+  };
+  command.add_option("--time", what)->check(time)->type_name("T");
+}
+
 CLI::App& addTranslate(CLI::App& app, Request& request) {
   CLI::App& command = *app.add_subcommand(
       "translate", "print version 2 and the monitor's flags for version-1 documents");
   command.add_option("DOC", request.documents, "documents to merge; - is standard input")
       ->required()
       ->type_name("FILE");
-  const auto time = [&request](const std::string& text) {
-    std::string why;
-    Kel::parseValue(text, request.time, why);
-    return why;
-  };
-  command.add_option("--time", "what the clock shows, in seconds (default: 0)")
-      ->check(time)
-      ->type_name("T");
+  addTime(command, request, "what the clock shows, in seconds (default: 0)");
   addRunOptions(command, request);
   command.footer(kExamples);
+  return command;
+}
+
+CLI::App& addReplay(CLI::App& app, Request& request) {
+  ReplayRequest& replay = request.replay;
+  CLI::App& command =
+      *app.add_subcommand("replay", "apply a change log, with a clock of its own, and answer");
+  command.add_option("LOG", replay.log, "change lines (default: standard input)")
+      ->type_name("FILE");
+  command.add_option("--config", replay.configs, "load this document first; may be repeated")
+      ->allow_extra_args(false)
+      ->type_name("DOC");
+  command.add_option("--v2", replay.leftOver, "version 2 as an earlier run printed it")
+      ->type_name("DOC");
+  command.add_flag("!--no-start", replay.start, "start no tree; the log does");
+  addTime(command, request, "what the clock shows at first, in seconds (default: 0)");
+  addRunOptions(command, request);
+  command.footer(kReplayExamples);
   return command;
 }
 
@@ -139,6 +189,7 @@ int parseAndRun(const std::vector<std::string>& arguments, Request& request,
   app.get_formatter()->column_width(24);
   app.footer("\"vpm COMMAND --help\" tells more, with examples.\n");
   addTranslate(app, request);
+  const CLI::App& replays = addReplay(app, request);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -152,6 +203,10 @@ int parseAndRun(const std::vector<std::string>& arguments, Request& request,
   }
   request.run.color = wantsColor(request.color, console);
   request.run.progress = !request.quiet && (request.progress || console.errIsTerminal);
+  if (replays.parsed()) {
+    request.replay.time = request.time;
+    return replay(request.replay, request.run, console);
+  }
   return translate(request.documents, request.time, request.run, console);
 }
 

@@ -5,6 +5,28 @@
 #include "host/EntityFiller.h"
 
 namespace Host {
+namespace {
+
+void read(const std::string& document, Content content, const Trees& trees, Report& report,
+          Progress& progress) {
+  std::string why;
+  const auto source = SourceText::read(document, why);
+  if (source == nullptr) {
+    progress.end();
+    report.problem(document, why);
+    return;
+  }
+  progress.begin(concat({"reading ", source->name()}), source->text().size());
+  EntityFiller filler(trees);
+  const auto faults =
+      DocumentReader(report.room(), content).read(*source, filler, &progress.done());
+  if (!faults.empty()) {
+    progress.end();
+    report.faults(*source, faults);
+  }
+}
+
+}  // namespace
 
 bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
                        Report& report, Progress& progress) {
@@ -12,20 +34,15 @@ bool readConfiguration(const std::vector<std::string>& documents, const Trees& t
     if (report.room() == 0) {
       break;
     }
-    std::string why;
-    const auto source = SourceText::read(document, why);
-    if (source == nullptr) {
-      progress.end();
-      report.problem(document, why);
-      continue;
-    }
-    progress.begin(concat({"reading ", source->name()}), source->text().size());
-    EntityFiller filler(trees);
-    const auto faults = DocumentReader(report.room()).read(*source, filler, &progress.done());
-    if (!faults.empty()) {
-      progress.end();
-      report.faults(*source, faults);
-    }
+    read(document, Content::configuration, trees, report, progress);
+  }
+  return report.errors() == 0;
+}
+
+bool readLeftOver(const std::string& document, const Trees& trees, Report& report,
+                  Progress& progress) {
+  if (report.room() != 0) {
+    read(document, Content::leftOver, trees, report, progress);
   }
   return report.errors() == 0;
 }

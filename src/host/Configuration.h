@@ -15,4 +15,9 @@ namespace Host {
 bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
                        Report& report, Progress& progress);
 
+/// Likewise for one document with version 2 as an earlier run has printed it, be it the document of
+/// `vpm translate` or an answer of `vpm replay`. The monitor's records in it are ignored.
+bool readLeftOver(const std::string& document, const Trees& trees, Report& report,
+                  Progress& progress);
+
 }  // namespace Host

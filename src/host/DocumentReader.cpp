@@ -12,7 +12,7 @@ static_assert(SourceText::kPadding >= simdjson::SIMDJSON_PADDING);
 std::vector<Fault> DocumentReader::read(const SourceText& source, Receiver& receiver,
                                         std::atomic<std::size_t>* done) const {
   const std::string_view text = source.text();
-  DocumentWalk walk(text, receiver, most_, done);
+  DocumentWalk walk(text, receiver, most_, content_, done);
   std::string stumbled;
   try {
     simdjson::ondemand::parser parser;
@@ -28,7 +28,7 @@ std::vector<Fault> DocumentReader::read(const SourceText& source, Receiver& rece
   }
 
   std::vector<Fault> faults = std::move(walk.faults());
-  if (faults.empty() && stumbled.empty()) {
+  if (faults.empty() && stumbled.empty() && !walk.ignored()) {
     return faults;
   }
   if (auto syntax = findSyntaxFault(text)) {

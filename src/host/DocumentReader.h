@@ -4,13 +4,14 @@
 #include <cstddef>
 #include <vector>
 
+#include "host/Content.h"
 #include "host/Receiver.h"
 #include "host/SourceText.h"
 #include "host/SyntaxCheck.h"
 
 namespace Host {
 
-/// Reads a configuration document (RFC 7951 JSON instance data of version 1 and of the monitor).
+/// Reads a document: RFC 7951 JSON instance data, of version 1 and of the monitor for the most part.
 ///
 /// How a document is read:
 ///
@@ -35,7 +36,8 @@ namespace Host {
 class DocumentReader {
  public:
   /// At most this many faults are collected.
-  explicit DocumentReader(std::size_t most) : most_(most) {}
+  explicit DocumentReader(std::size_t most, Content content = Content::configuration)
+      : most_(most), content_(content) {}
 
   /// The faults in the order of their places; none: `receiver` has been given all.
   /// `done`, if there is one, follows the number of bytes read.
@@ -44,6 +46,7 @@ class DocumentReader {
 
  private:
   std::size_t most_;
+  Content content_;
 };
 
 }  // namespace Host

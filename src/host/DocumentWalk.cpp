@@ -1,82 +1,57 @@
 #include "host/DocumentWalk.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/Concat.h"
-#include "host/JsonText.h"
 #include "host/NodeFaults.h"
 
 namespace Host {
 namespace {
 
-namespace ondemand = simdjson::ondemand;
-
-/// A step of the path, for as long as the walk is there.
-class Within {
- public:
-  Within(std::vector<Step>& steps, const Node& node) : steps_(steps) { steps.push_back({&node}); }
-  Within(const Within&) = delete;
-  Within& operator=(const Within&) = delete;
-  ~Within() { steps_.pop_back(); }
-
- private:
-  std::vector<Step>& steps_;
-};
-
-template <class T>
-T take(simdjson::simdjson_result<T> result) {
-  T taken;
-  if (const auto error = std::move(result).get(taken)) {
-    throw simdjson::simdjson_error(error);
-  }
-  return taken;
+/// What an answer of a run holds beside the containers of version 2.
+bool isIgnored(std::string_view name) {
+  return name == "vela-policy-monitor:status" || name == "line" || name == "status" ||
+         name == "audit" || name == "stats";
 }
-
-[[noreturn]] void stumble() { throw simdjson::simdjson_error(simdjson::TAPE_ERROR); }
-
-JsonKind kindOf(ondemand::json_type type) {
-  switch (type) {
-    case ondemand::json_type::object:
-      return JsonKind::object;
-    case ondemand::json_type::array:
-      return JsonKind::array;
-    case ondemand::json_type::string:
-      return JsonKind::text;
-    case ondemand::json_type::number:
-      return JsonKind::number;
-    case ondemand::json_type::boolean:
-      return JsonKind::boolean;
-    default:
-      return JsonKind::null;
-  }
-}
-
-std::string_view trimmed(std::string_view token) {
-  return token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
-}
-
-/// With the quotes around it.
-std::string_view quoted(std::string_view inside) { return {inside.data() - 1, inside.size() + 2}; }
-
-bool has(std::uint64_t seen, std::size_t index) { return ((seen >> index) & 1U) != 0; }
 
 }  // namespace
 
-void DocumentWalk::document(ondemand::document& document) {
-  const JsonKind kind = kindOf(take(document.type()));
+void DocumentWalk::document(simdjson::ondemand::document& document) {
+  const JsonKind kind = JsonTokens::kindOf(take(document.type()));
   if (kind != JsonKind::object) {
     return fault(take(document.raw_json_token()),
                  concat({"expected an object, found ", Host::nameOf(kind)}));
   }
+  containers(take(document.get_object()));
+  if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+    JsonTokens::stumble();  // there is more behind the object
+  }
+}
+
+void DocumentWalk::containers(Object object) {
   const auto& tops = Schema::instance().tops();
   Seen seen = 0;
-  for (auto field : take(document.get_object())) {
-    const std::string_view name = nameOf(field);
+  for (auto field : object) {
+    const std::string_view name = tokens_.nameOf(field);
     const Node* const top = Schema::instance().top(name);
     if (full()) {
       return;
     }
-    if (top == nullptr || top->state) {
+    if (content_ == Content::leftOver && name == "v2") {
+      if (Value inner = take(field.value()); is(JsonKind::object, inner)) {
+        containers(take(inner.get_object()));
+      }
+      continue;
+    }
+    if (content_ == Content::leftOver && !(top != nullptr && top->state)) {
+      ignored_ = ignored_ || isIgnored(name);
+      if (!isIgnored(name)) {
+        fault(quoted(name), whyNotLeftOver(name));
+      }
+      continue;
+    }
+    if (content_ == Content::configuration && (top == nullptr || top->state)) {
       fault(quoted(name), top == nullptr ? whyNoContainer(name) : whyState(*top));
       continue;
     }
@@ -85,9 +60,6 @@ void DocumentWalk::document(ondemand::document& document) {
     if (isFirst(index, name, seen)) {
       value(*top, take(field.value()));
     }
-  }
-  if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
-    stumble();  // there is more behind the object
   }
 }
 
@@ -115,7 +87,7 @@ void DocumentWalk::members(const Node& node, Object object) {
   Seen seen = 0;
   std::size_t hint = 0;
   for (auto field : object) {
-    const std::string_view name = nameOf(field);
+    const std::string_view name = tokens_.nameOf(field);
     const Node* const child = node.child(withoutModule(node, name), hint);
     if (full()) {
       return;
@@ -128,7 +100,7 @@ void DocumentWalk::members(const Node& node, Object object) {
     if (!isFirst(child->position, name, seen)) {
       continue;
     }
-    if (child->state) {
+    if (child->state && content_ == Content::configuration) {
       fault(quoted(name), whyState(*child));
     } else if (!child->isKey()) {
       value(*child, take(field.value()));
@@ -173,7 +145,7 @@ void DocumentWalk::entry(const Node& list, Value value, void* key) {
   const std::string_view where = value.raw_json_token();
   Object object = take(value.get_object());
   if (done_ != nullptr) {
-    done_->store(static_cast<std::size_t>(where.data() - text_.data()), std::memory_order_relaxed);
+    done_->store(tokens_.offsetOf(where), std::memory_order_relaxed);
   }
   Receiver* const receiver = receiver_;
   bool opened = false;
@@ -197,7 +169,7 @@ void DocumentWalk::entry(const Node& list, Value value, void* key) {
 bool DocumentWalk::readKey(const Node& list, Object object, std::string_view where, void* key) {
   const Node& node = *list.children.front();
   for (auto field : object) {
-    if (withoutModule(list, nameOf(field)) == node.name) {
+    if (withoutModule(list, tokens_.nameOf(field)) == node.name) {
       const Within step(steps_, node);
       return leaf(node, take(field.value()), key);
     }
@@ -214,96 +186,23 @@ void DocumentWalk::leafListEntry(const Node& list, Value value, void* place) {
   if (receiver_ != nullptr && !receiver_->member(list, place)) {
     std::string text;
     list.type->append(text, place);
-    const std::string_view given = scalarOf(value).raw;
+    const std::string_view given = tokens_.scalarOf(value).raw;
     fault(value.raw_json_token(),
           given == text ? concat({text, " is in the list already"})
                         : concat({given, " is ", text, ", which is in the list already"}));
   }
 }
 
-void DocumentWalk::record(const Node& list, Value value, void* place) {
-  const std::string_view where = value.raw_json_token();
-  const auto placeOf = [place](const Node& leaf) {
-    return static_cast<std::byte*>(place) + leaf.offset;
-  };
-  if (leaves(list, value, placeOf)) {
-    steps_.back().key = place;
-    if (receiver_ != nullptr && !receiver_->member(list, place)) {
-      fault(where, "this entry is in the list already");
-    }
-  }
-}
-
-void DocumentWalk::pair(const Node& mapping, Value value, void* key, void* place) {
-  const std::string_view where = value.raw_json_token();
-  const auto placeOf = [=](const Node& leaf) { return leaf.isKey() ? key : place; };
-  if (const auto seen = leaves(mapping, value, placeOf)) {
-    steps_.back().key = key;
-    const void* const given = has(*seen, mapping.keys) ? place : nullptr;
-    if (receiver_ != nullptr && !receiver_->pair(mapping, key, given)) {
-      fault(where, "this entry is in the list already");
-    }
-  }
-}
-
-/// Reads an object that has nothing but leaves; none when there was a fault in it.
-template <class PlaceOf>
-std::optional<DocumentWalk::Seen> DocumentWalk::leaves(const Node& node, Value value,
-                                                       PlaceOf placeOf) {
-  if (!is(JsonKind::object, value)) {
-    return std::nullopt;
-  }
-  const std::string_view where = value.raw_json_token();
-  const std::size_t faultsBefore = faults_.size();
-  Seen seen = 0;
-  std::size_t hint = 0;
-  for (auto field : take(value.get_object())) {
-    const std::string_view name = nameOf(field);
-    const Node* const child = node.child(withoutModule(node, name), hint);
-    if (child == nullptr) {
-      fault(quoted(name), whyNoNode(node, name));
-      continue;
-    }
-    const Within step(steps_, *child);
-    if (isFirst(child->position, name, seen)) {
-      leaf(*child, take(field.value()), placeOf(*child));
-    }
-  }
-  for (std::size_t i = 0; i < node.keys; ++i) {
-    if (!has(seen, i)) {
-      fault(where, concat({"the key \"", node.children[i]->name, "\" is missing in this entry of ",
-                           node.name}));
-    }
-  }
-  return faults_.size() == faultsBefore ? std::optional(seen) : std::nullopt;
-}
-
 bool DocumentWalk::leaf(const Node& node, Value value, void* place) {
-  const bool read = scalars_.read(node, scalarOf(value), place);
+  const bool read = scalars_.read(node, tokens_.scalarOf(value), place);
   if (!read) {
     fault(value.raw_json_token(), scalars_.why());
   }
   return read;
 }
 
-JsonScalar DocumentWalk::scalarOf(Value& value) const {
-  const JsonKind kind = kindOf(take(value.type()));
-  const std::string_view token = value.raw_json_token();
-  if (kind == JsonKind::text) {
-    return {kind, inside(token.data() + 1)};
-  }
-  const std::string_view raw = trimmed(token);
-  // The parser has looked at the first character only.
-  if ((kind == JsonKind::number && !isJsonNumber(raw)) ||
-      (kind == JsonKind::boolean && raw != "true" && raw != "false") ||
-      (kind == JsonKind::null && raw != "null")) {
-    stumble();
-  }
-  return {kind, raw};
-}
-
 bool DocumentWalk::is(JsonKind wanted, Value& value) {
-  const JsonKind found = scalarOf(value).kind;
+  const JsonKind found = tokens_.scalarOf(value).kind;
   if (found != wanted) {
     fault(value.raw_json_token(),
           concat({"expected ", Host::nameOf(wanted), ", found ", Host::nameOf(found)}));
@@ -312,7 +211,7 @@ bool DocumentWalk::is(JsonKind wanted, Value& value) {
 }
 
 bool DocumentWalk::isFirst(std::size_t index, std::string_view name, Seen& seen) {
-  if (has(seen, index)) {
+  if ((seen >> index & 1U) != 0) {
     fault(quoted(name), concat({"this object has had \"", name, "\" already"}));
     return false;
   }
@@ -320,26 +219,9 @@ bool DocumentWalk::isFirst(std::size_t index, std::string_view name, Seen& seen)
   return true;
 }
 
-// Deliberate: escapes in a name are not resolved; no node has a name that needs one.
-std::string_view DocumentWalk::nameOf(simdjson::simdjson_result<ondemand::field>& field) const {
-  return inside(take(field.key()).raw());
-}
-
-/// The inside of the JSON text that begins at `begin`, behind its quote.
-std::string_view DocumentWalk::inside(const char* begin) const {
-  const char* const end = text_.data() + text_.size();
-  const char* at = begin;
-  while (at < end && *at != '"') {
-    at += *at == '\\' ? 2 : 1;
-  }
-  return {begin, static_cast<std::size_t>(std::min(at, end) - begin)};
-}
-
 void DocumentWalk::fault(std::string_view where, std::string message) {
-  const auto offset = static_cast<std::size_t>(where.data() - text_.data());
-  const bool container = where.starts_with('{') || where.starts_with('[');
   faults_.push_back(
-      {offset, container ? 1 : trimmed(where).size(), std::move(message), pathOf(steps_)});
+      {tokens_.offsetOf(where), underlined(where), std::move(message), pathOf(steps_)});
 }
 
 }  // namespace Host

@@ -70,6 +70,22 @@ std::string whyState(const Node& node) {
                  "\" is state that the translation alone writes; leave it out of the document"});
 }
 
+std::string whyNotLeftOver(std::string_view name) {
+  std::vector<std::string> left;
+  for (const Node* const top : Schema::instance().tops()) {
+    if (top->state) {
+      left.push_back(qualifiedName(*top));
+    }
+  }
+  return concat({quoted(name), " is no state of version 2; expected ", joined(left),
+                 ", as a run has printed them"});
+}
+
+std::string whyReadOnly(const Node& node) {
+  return concat({"\"", node.parent == nullptr ? qualifiedName(node) : node.name,
+                 "\" is state that the translation alone writes; it cannot be changed from outside"});
+}
+
 std::string_view withoutModule(const Node& parent, std::string_view name) {
   const std::size_t length = parent.module.size();
   return name.size() > length && name.starts_with(parent.module) && name[length] == ':'

@@ -11,6 +11,10 @@ namespace Host {
 
 /// `name` is no container at the top.
 std::string whyNoContainer(std::string_view name);
+/// `name` does not belong into the left-over state of version 2.
+std::string whyNotLeftOver(std::string_view name);
+/// A change is not for `node`.
+std::string whyReadOnly(const Node& node);
 /// `name` is no child of `parent`.
 std::string whyNoNode(const Node& parent, std::string_view name);
 /// `node` cannot be configured.

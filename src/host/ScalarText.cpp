@@ -90,6 +90,10 @@ bool ScalarReader::readText(const Node& node, std::string_view raw, void* value)
     }
     text = unescaped_;
   }
+  return readPlain(node, text, value);
+}
+
+bool ScalarReader::readPlain(const Node& node, std::string_view text, void* value) {
   if (const std::string_view fault = whyNoText(text); !fault.empty()) {
     why_ = fault;
     return false;

@@ -27,6 +27,8 @@ class ScalarReader {
   /// Reads `scalar` as a value of the leaf or leaf-list `node` into `value`, an object of
   /// `node.type`. False leaves `value` and says in `why` what was found and what was expected.
   bool read(const Node& node, const JsonScalar& scalar, void* value);
+  /// Reads plain text, such as a key of a path, as a value of `node`.
+  bool readPlain(const Node& node, std::string_view text, void* value);
   const std::string& why() const { return why_; }
 
  private:

@@ -19,11 +19,11 @@ bool isWordPart(char c) {
 
 class SyntaxCheck {
  public:
-  explicit SyntaxCheck(std::string_view text) : text_(text) {}
+  SyntaxCheck(std::string_view text, std::string_view what) : text_(text), what_(what) {}
 
   std::optional<Fault> run() {
     if (skipBlanks(); atEnd()) {
-      fail(0, 0, "the document is empty; expected an object, at the least {}");
+      fail(0, 0, concat({"the ", what_, " is empty; expected an object, at the least {}"}));
       return fault_;
     }
     while (!fault_ && (want_ != Want::nothing || !open_.empty())) {
@@ -34,7 +34,7 @@ class SyntaxCheck {
       }
     }
     if (skipBlanks(); !fault_ && !atEnd()) {
-      fail(at_, 1, "the document has ended before this; expected nothing more");
+      fail(at_, 1, concat({"the ", what_, " has ended before this; expected nothing more"}));
     }
     return fault_;
   }
@@ -189,14 +189,18 @@ class SyntaxCheck {
     // Behind the last thing there is, not behind the blank lines that follow it.
     const std::size_t last = text_.find_last_not_of(kBlanks);
     const SourceText::Place place = SourceText::placeIn(text_, open_.empty() ? 0 : open_.back());
+    // Of a line, only the column is known here.
+    const std::string line =
+        what_ == "line" ? "" : concat({"line ", std::to_string(place.line), ", "});
     fail(last + 1, 0,
-         open_.empty() ? "the document ends here; expected a value"
-                       : concat({"the document ends inside the ", inObject() ? "object" : "array",
-                                 " that begins at line ", std::to_string(place.line), ", column ",
-                                 std::to_string(place.column)}));
+         open_.empty() ? concat({"the ", what_, " ends here; expected a value"})
+                       : concat({"the ", what_, " ends inside the ",
+                                 inObject() ? "object" : "array", " that begins at ", line,
+                                 "column ", std::to_string(place.column)}));
   }
 
   std::string_view text_;
+  std::string_view what_;
   std::size_t at_ = 0;
   Want want_ = Want::value;
   std::vector<std::size_t> open_;  // where the objects and arrays begin that have not ended
@@ -205,6 +209,8 @@ class SyntaxCheck {
 
 }  // namespace
 
-std::optional<Fault> findSyntaxFault(std::string_view text) { return SyntaxCheck(text).run(); }
+std::optional<Fault> findSyntaxFault(std::string_view text, std::string_view what) {
+  return SyntaxCheck(text, what).run();
+}
 
 }  // namespace Host

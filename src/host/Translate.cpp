@@ -2,28 +2,17 @@
 
 #include <optional>
 
-#include "Kel/System.h"
 #include "host/Configuration.h"
 #include "host/ExitCode.h"
 #include "host/OutputFile.h"
 #include "host/TextTrace.h"
 #include "host/TreeWriter.h"
+#include "host/VirtualClock.h"
 #include "policy/VelaPolicyTranslateSm.h"
 #include "servicedevice/VelaServiceDeviceTranslateSm.h"
 
 namespace Host {
 namespace {
-
-/// A clock that stands still, for as long as this lives.
-class StandingClock {
- public:
-  explicit StandingClock(Kel::Seconds time) {
-    Kel::System::clockIs([time] { return time; });
-  }
-  StandingClock(const StandingClock&) = delete;
-  StandingClock& operator=(const StandingClock&) = delete;
-  ~StandingClock() { Kel::System::clockIs({}); }
-};
 
 void print(const Trees& trees, ByteSink& sink) {
   JsonWriter json(sink, Layout::pretty);
@@ -58,7 +47,7 @@ int translate(const std::vector<std::string>& documents, Kel::Seconds time,
   if (!options.trace.empty()) {
     trace.emplace(options.trace, options.traceLevels);
   }
-  const StandingClock clock(time);
+  const VirtualClock clock(time);
   const auto policies =
       VelaPolicyMonitor::policyTranslateRootSmFactory(trees.policyV1, trees.policyV2, trees.status);
   const auto serviceDevices = VelaPolicyMonitor::serviceDeviceTranslateRootSmFactory(

@@ -15,11 +15,13 @@ namespace Kel {
 // ids lie, whether the type has such a function. So the declaration of an attribute is the only
 // place that knows it, and the rows come out in the order of their ids.
 
-template <int N>
-struct Id {};
-
 inline constexpr int kFirstId = 128;
 inline constexpr int kLastId = 300;
+
+template <int N>
+struct Id {
+  static_assert(N >= kFirstId && N <= kLastId, "an id outside the window would have no row");
+};
 
 template <class T, int N>
 concept HasRow = requires { T::kelRow(Id<N>{}); };
@@ -38,7 +40,7 @@ consteval auto collectRows(std::integer_sequence<int, I...> /*ids*/) {
 }
 
 template <class T>
-inline constexpr auto rowsOf = collectRows<T>(std::make_integer_sequence<int, kLastId - kFirstId>{});
+inline constexpr auto rowsOf = collectRows<T>(std::make_integer_sequence<int, kLastId - kFirstId + 1>{});
 
 /// Whether two types have the same attributes: ids, names, kinds, in the same order.
 template <class A, class B>
@@ -60,12 +62,17 @@ consteval bool twins() {
 template <class T>
 const TypeDescriptor& describe() {
   static constexpr TypeDescriptor type = [] {
-    TypeDescriptor made{T::kelTypeName(), rowsOf<T>, {}, {}};
+    TypeDescriptor made{T::kelTypeName(), rowsOf<T>, {}, {}, nullptr};
     if constexpr (requires { T::kelOperations; }) {
       made.operations = T::kelOperations;
     }
     if constexpr (requires { T::kelPublished; }) {
       made.published = T::kelPublished;
+    }
+    if constexpr (requires(const T& object) { object.publisher(); }) {
+      made.publisher = [](const PtrInterface& object) {
+        return static_cast<const T&>(object).publisher();
+      };
     }
     return made;
   }();

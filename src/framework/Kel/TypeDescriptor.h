@@ -6,6 +6,10 @@
 
 #include "Brix/Subscriber.h"
 
+namespace Brix {
+class Publisher;
+}
+
 namespace Kel {
 
 class PtrInterface;
@@ -60,6 +64,8 @@ struct TypeDescriptor {
   std::span<const Row> rows;                       ///< in the order of their ids
   std::span<const std::string_view> operations;  ///< callable operations of a state machine
   std::span<const Brix::AttrId> published;       ///< what it tells its notifieeList()
+  /// What observers of an object of this type subscribe to; null: it has nothing to subscribe to.
+  Brix::Publisher (*publisher)(const PtrInterface& object) = nullptr;
 
   const Row* row(std::string_view name_) const;
   const Row* row(Brix::AttrId id) const;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Host {
+
+/// What a document is to hold.
+enum class Content : std::uint8_t {
+  configuration,  ///< version 1 and the monitor
+  leftOver,       ///< version 2 as a run has printed it; the rest of what it printed is ignored
+};
+
+}  // namespace Host

@@ -1,0 +1,70 @@
+#include "host/Translation.h"
+
+#include "host/Concat.h"
+
+namespace Host {
+namespace {
+
+/// What every root does alike.
+template <class Root>
+void control(Root& root, Verb verb) {
+  switch (verb) {
+    case Verb::suspend:
+      return root.hasNotificationActiveIs(false);
+    case Verb::resume:
+      return root.hasNotificationActiveIs(true);
+    case Verb::cleanup:
+      return root.cleanup();
+    default:
+      return root.handleInitialized();
+  }
+}
+
+std::string whyNotOne(Verb verb, bool running, std::string_view tree) {
+  if (verb == Verb::start) {
+    return running ? concat({"the ", tree, " tree is running; it cannot be started again"}) : "";
+  }
+  return running ? "" : concat({"the ", tree, " tree is not running; start it first"});
+}
+
+}  // namespace
+
+std::string Translation::whyNot(Verb verb, bool policies, bool serviceDevices) const {
+  const std::string why = policies ? whyNotOne(verb, runsPolicies(), "policy") : "";
+  return why.empty() && serviceDevices ? whyNotOne(verb, runsServiceDevices(), "service-device")
+                                       : why;
+}
+
+void Translation::controlPolicies(Verb verb) {
+  if (verb == Verb::start) {
+    policies_ = VelaPolicyMonitor::policyTranslateRootSmFactory(trees_.policyV1, trees_.policyV2,
+                                                                trees_.status);
+  } else if (verb == Verb::stop) {
+    policies_ = nullptr;
+  } else {
+    control(*policies_, verb);
+  }
+}
+
+void Translation::controlServiceDevices(Verb verb) {
+  if (verb == Verb::start) {
+    serviceDevices_ = VelaPolicyMonitor::serviceDeviceTranslateRootSmFactory(
+        trees_.serviceDeviceV1, trees_.serviceDeviceV2, trees_.status);
+  } else if (verb == Verb::stop) {
+    serviceDevices_ = nullptr;
+  } else {
+    control(*serviceDevices_, verb);
+  }
+}
+
+void Translation::start() {
+  controlPolicies(Verb::start);
+  controlServiceDevices(Verb::start);
+}
+
+void Translation::stop() {
+  controlPolicies(Verb::stop);
+  controlServiceDevices(Verb::stop);
+}
+
+}  // namespace Host
