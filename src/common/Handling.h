@@ -9,8 +9,8 @@ namespace VelaPolicyMonitor {
 
 /// What the trace lines of one class of state machines have in common.
 struct TraceScope {
-  const char* scope;   ///< what stands before the handler's form: "void Namespace::Class::"
-  const char* leave;   ///< the last piece of an exit line: "return", or " return" with a blank
+  const char* scope;  ///< what stands before the handler's form: "void Namespace::Class::"
+  const char* leave;  ///< the last piece of an exit line: "return", or " return" with a blank
 };
 
 /// The first literal of a trace line, and where in the source the line is written.

@@ -68,7 +68,8 @@ class Children {
 
   /// The child under `key` if it was built from `args`; otherwise it gives way to a new one. The
   /// old child comes to its end before the new one is built: its last act empties the version-2
-  /// entity that both write. Null when the owner has come to its end itself (one of its handlers is
+  /// entity that both write. Null while the child of this key is being built further down the
+  /// stack (an observer of version 2 has called a handler of the owner). Null also when the owner has come to its end itself (one of its handlers is
   /// still on the stack): a child of its would empty, at its own end, what the successor's wrote.
   template <class... Args>
   Brix::Ptr<Child> keepOrReplace(TranslateSm& owner, const Key& key, const Args&... args) {
@@ -83,9 +84,9 @@ class Children {
   }
 
   /// The child under `key`, built now if there is none; one that was built from other objects
-  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException; while the owner
-  /// is catching up it gives way instead, as its entry was deleted and created anew meanwhile. Null
-  /// when the owner has come to its end, as above.
+  /// than `args` is an error of the caller, raised as Kel::ReinstantiationException; while the
+  /// owner is catching up it gives way instead, as its entry was deleted and created anew
+  /// meanwhile. Null when the owner has come to its end, as above.
   template <class... Args>
   Brix::Ptr<Child> keepOrThrow(TranslateSm& owner, const char* collection, const Key& key,
                                const Args&... args) {
@@ -111,9 +112,36 @@ class Children {
   void abandon() { removeAll(); }
 
  private:
+  /// A child that is on its way, in a list from the latest to the first.
+  struct Building {
+    Building(const Children& where, const Key& which) noexcept
+        : children(where), key(which), before(latest) {
+      latest = this;
+    }
+    Building(const Building&) = delete;
+    Building& operator=(const Building&) = delete;
+    ~Building() { latest = before; }
+
+    const Children& children;
+    const Key& key;
+    const Building* const before;
+    static inline const Building* latest = nullptr;
+  };
+  bool isBeingBuilt(const Key& key) const noexcept {
+    const Building* at = Building::latest;
+    while (at != nullptr && !(&at->children == this && at->key == key)) {
+      at = at->before;
+    }
+    return at != nullptr;
+  }
+
   /// The child is built first and stored then: a constructor that throws leaves no entry behind.
   template <class... Args>
   Brix::Ptr<Child> add(const Key& key, const Args&... args) {
+    if (isBeingBuilt(key)) {
+      return nullptr;
+    }
+    const Building building{*this, key};
     Brix::Ptr<Child> child = TranslateSm::make<Child>(key, args...);
     map_.insert(child);
     return child;
@@ -148,8 +176,8 @@ class SingleChild {
 /// The row of an object that a state machine watches or owns.
 template <class Self, class Object, const Brix::Ptr<Object>& (Self::*Accessor)() const noexcept>
 constexpr Kel::Row objectRow(Kel::AttrId id, const char* name, Kel::RowKind kind) {
-  Kel::Row row{.id = id, .name = name, .kind = kind,
-               .target = &Kel::describe<std::remove_const_t<Object>>};
+  Kel::Row row{
+      .id = id, .name = name, .kind = kind, .target = &Kel::describe<std::remove_const_t<Object>>};
   row.find = [](const Kel::PtrInterface& sm, const void* /*key*/) -> const void* {
     return Kel::Impl::nameless((Kel::Impl::self<Self>(sm).*Accessor)().get());
   };
@@ -161,52 +189,60 @@ constexpr Kel::Row objectRow(Kel::AttrId id, const char* name, Kel::RowKind kind
 // The words that state machines add to those of entities (Kel/Attributes.h).
 
 /// A watched entity: x() reads; xDispatch is the table of what its changes run.
-#define SM_INPUT(id_, x, Entity)                                                \
- private:                                                                       \
-  static const Kel::Dispatch<Self> x##Dispatch;                                 \
-  Reactor<Entity, Self, x##Dispatch> x##_;                                      \
-                                                                                \
- public:                                                                        \
-  static constexpr Kel::Attr<void> x##Attr{id_};                                \
-  const Brix::Ptr<Entity>& x() const noexcept { return x##_.entity(); }         \
-  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                              \
-    return objectRow<Self, Entity, &Self::x>(id_, #x, Kel::RowKind::input);     \
+#define SM_INPUT(id_, x, Entity)                                            \
+ private:                                                                   \
+  static const Kel::Dispatch<Self> x##Dispatch;                             \
+  Reactor<Entity, Self, x##Dispatch> x##_;                                  \
+                                                                            \
+ public:                                                                    \
+  static constexpr Kel::Attr<void> x##Attr{id_};                            \
+  const Brix::Ptr<Entity>& x() const noexcept { return x##_.entity(); }     \
+  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                          \
+    return objectRow<Self, Entity, &Self::x>(id_, #x, Kel::RowKind::input); \
   }
 
 /// Children of type Child under the key that each carries as `keyName`: x() is the whole, x(key)
 /// one child (null when absent). xIs, xDel and xDelAll are the machine's own.
-#define SM_CHILDREN(id_, x, keyName_, Child)                                                  \
- private:                                                                                     \
-  Children<Child, &Child::keyName_> x##_;                                                     \
-                                                                                              \
- public:                                                                                      \
-  using x##Key = Children<Child, &Child::keyName_>::Key;                                      \
-  static constexpr Kel::Attr<x##Key> x##Attr{id_};                                            \
-  const auto& x() const noexcept { return x##_.map(); }                                       \
-  Brix::Ptr<Child> x(const auto& key) const { return Brix::Ptr<Child>(x##_.find(key)); }      \
-  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                                            \
-    Kel::Row row{.id = id_, .name = #x, .kind = Kel::RowKind::children, .keyName = #keyName_, \
-                 .key = &Kel::valueTypeOf<x##Key>, .target = &Kel::describe<Child>};          \
-    row.find = [](const Kel::PtrInterface& sm, const void* key) {                             \
-      return Kel::Impl::nameless(static_cast<const Self&>(sm).x##_.find(*static_cast<const x##Key*>(key))); \
-    };                                                                                        \
-    row.walk = [](const Kel::PtrInterface& sm, void* context, Kel::Row::Visit* visit) {       \
-      for (const auto& [key, child] : static_cast<const Self&>(sm).x()) {                     \
-        visit(context, &key, Kel::Impl::nameless(child.get()));                               \
-      }                                                                                       \
-    };                                                                                        \
-    row.size = [](const Kel::PtrInterface& sm) { return static_cast<const Self&>(sm).x().size(); }; \
-    return row;                                                                               \
+#define SM_CHILDREN(id_, x, keyName_, Child)                                             \
+ private:                                                                                \
+  Children<Child, &Child::keyName_> x##_;                                                \
+                                                                                         \
+ public:                                                                                 \
+  using x##Key = Children<Child, &Child::keyName_>::Key;                                 \
+  static constexpr Kel::Attr<x##Key> x##Attr{id_};                                       \
+  const auto& x() const noexcept { return x##_.map(); }                                  \
+  Brix::Ptr<Child> x(const auto& key) const { return Brix::Ptr<Child>(x##_.find(key)); } \
+  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                                       \
+    Kel::Row row{.id = id_,                                                              \
+                 .name = #x,                                                             \
+                 .kind = Kel::RowKind::children,                                         \
+                 .keyName = #keyName_,                                                   \
+                 .key = &Kel::valueTypeOf<x##Key>,                                       \
+                 .target = &Kel::describe<Child>};                                       \
+    row.find = [](const Kel::PtrInterface& sm, const void* key) {                        \
+      return Kel::Impl::nameless(                                                        \
+          static_cast<const Self&>(sm).x##_.find(*static_cast<const x##Key*>(key)));     \
+    };                                                                                   \
+    row.walk = [](const Kel::PtrInterface& sm, void* context, Kel::Row::Visit* visit) {  \
+      for (const auto& [key, child] : static_cast<const Self&>(sm).x()) {                \
+        visit(context, &key, Kel::Impl::nameless(child.get()));                          \
+      }                                                                                  \
+    };                                                                                   \
+    row.size = [](const Kel::PtrInterface& sm) {                                         \
+      return static_cast<const Self&>(sm).x().size();                                    \
+    };                                                                                   \
+    return row;                                                                          \
   }
 
-/// A single child that may be absent: x() reads, null when absent. xIs and xDel are the machine's own.
-#define SM_CHILD(id_, x, Child)                                                  \
- private:                                                                        \
-  SingleChild<Child> x##_;                                                       \
-                                                                                 \
- public:                                                                         \
-  static constexpr Kel::Attr<void> x##Attr{id_};                                 \
-  const Brix::Ptr<Child>& x() const noexcept { return x##_.get(); }              \
-  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                               \
-    return objectRow<Self, Child, &Self::x>(id_, #x, Kel::RowKind::single);      \
+/// A single child that may be absent: x() reads, null when absent. xIs and xDel are the machine's
+/// own.
+#define SM_CHILD(id_, x, Child)                                             \
+ private:                                                                   \
+  SingleChild<Child> x##_;                                                  \
+                                                                            \
+ public:                                                                    \
+  static constexpr Kel::Attr<void> x##Attr{id_};                            \
+  const Brix::Ptr<Child>& x() const noexcept { return x##_.get(); }         \
+  static constexpr Kel::Row kelRow(Kel::Id<id_>) {                          \
+    return objectRow<Self, Child, &Self::x>(id_, #x, Kel::RowKind::single); \
   }

@@ -13,7 +13,8 @@ Brix::Ptr<UpdateCookie> UpdateCookie::UpdateCookieIs() {
 }
 
 Kel::FwkType UpdateCookie::fwkType() const noexcept {
-  return {&kelModule(CommonType::updateCookie), static_cast<std::uint16_t>(CommonType::updateCookie)};
+  return {&kelModule(CommonType::updateCookie),
+          static_cast<std::uint16_t>(CommonType::updateCookie)};
 }
 
 Brix::Ptr<UpdateCookie> updateCookieFactory() { return UpdateCookie::UpdateCookieIs(); }

@@ -23,42 +23,89 @@ struct MirroredSet {
   void (MatchV2::*erase)(const K2&);
   const char* keyedForm;
   const char* walkForm;
-  bool keyedEntry;       // whether the keyed handler has an entry line
-  unsigned walkLevel;    // of the lines for single entries in a walk
-  const char* add;       // null: no lines for single entries
+  bool keyedEntry;     // whether the keyed handler has an entry line
+  unsigned walkLevel;  // of the lines for single entries in a walk
+  const char* add;     // null: no lines for single entries
   const char* remove;
 };
 
 // Deliberate: the sets differ in which lines they write, and at which level.
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kSrcIp{
-    &MatchV1::srcIp, &MatchV2::srcIp, &MatchV2::srcIpIs, &MatchV2::srcIpDel,
-    "handleSrcIp(const Norv::IpGenPrefix&)", "handleSrcIp()",
-    false, 8, " add src ip: ", " remove src ip: "};
+    &MatchV1::srcIp,
+    &MatchV2::srcIp,
+    &MatchV2::srcIpIs,
+    &MatchV2::srcIpDel,
+    "handleSrcIp(const Norv::IpGenPrefix&)",
+    "handleSrcIp()",
+    false,
+    8,
+    " add src ip: ",
+    " remove src ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kSrcIpRange{
-    &MatchV1::srcIpRange, &MatchV2::srcIpRange, &MatchV2::srcIpRangeIs, &MatchV2::srcIpRangeDel,
-    "handleSrcIpRange(const VelaL3::VelaIpRange&)", "handleSrcIpRange()",
-    false, 8, " add src ip range: ", " remove src ip range: "};
+    &MatchV1::srcIpRange,
+    &MatchV2::srcIpRange,
+    &MatchV2::srcIpRangeIs,
+    &MatchV2::srcIpRangeDel,
+    "handleSrcIpRange(const VelaL3::VelaIpRange&)",
+    "handleSrcIpRange()",
+    false,
+    8,
+    " add src ip range: ",
+    " remove src ip range: "};
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kDstIp{
-    &MatchV1::dstIp, &MatchV2::dstIp, &MatchV2::dstIpIs, &MatchV2::dstIpDel,
-    "handleDstIp(const Norv::IpGenPrefix&)", "handleDstIp()",
-    false, 8, " add dst ip: ", " remove dst ip: "};
+    &MatchV1::dstIp,
+    &MatchV2::dstIp,
+    &MatchV2::dstIpIs,
+    &MatchV2::dstIpDel,
+    "handleDstIp(const Norv::IpGenPrefix&)",
+    "handleDstIp()",
+    false,
+    8,
+    " add dst ip: ",
+    " remove dst ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kDstIpRange{
-    &MatchV1::dstIpRange, &MatchV2::dstIpRange, &MatchV2::dstIpRangeIs, &MatchV2::dstIpRangeDel,
-    "handleDstIpRange(const VelaL3::VelaIpRange&)", "handleDstIpRange()",
-    false, 8, " add dst ip range: ", " remove dst ip range: "};
-constexpr MirroredSet<Norv::IpProto, Norv::IpProto> kL3App{
-    &MatchV1::l3App, &MatchV2::l3App, &MatchV2::l3AppIs, &MatchV2::l3AppDel,
-    "handleL3App(Norv::IpProto)", "handleL3App()",
-    false, 6, " add ip proto: ", " remove ip proto: "};
+    &MatchV1::dstIpRange,
+    &MatchV2::dstIpRange,
+    &MatchV2::dstIpRangeIs,
+    &MatchV2::dstIpRangeDel,
+    "handleDstIpRange(const VelaL3::VelaIpRange&)",
+    "handleDstIpRange()",
+    false,
+    8,
+    " add dst ip range: ",
+    " remove dst ip range: "};
+constexpr MirroredSet<Norv::IpProto, Norv::IpProto> kL3App{&MatchV1::l3App,
+                                                           &MatchV2::l3App,
+                                                           &MatchV2::l3AppIs,
+                                                           &MatchV2::l3AppDel,
+                                                           "handleL3App(Norv::IpProto)",
+                                                           "handleL3App()",
+                                                           false,
+                                                           6,
+                                                           " add ip proto: ",
+                                                           " remove ip proto: "};
 constexpr MirroredSet<VelaL3::VelaL4App, VelaL3V2::VelaL4App> kDstL4App{
-    &MatchV1::dstL4App, &MatchV2::dstL4App, &MatchV2::dstL4AppIs, &MatchV2::dstL4AppDel,
-    "handleDstL4App(VelaL3::VelaL4App)", "handleDstL4App()",
-    true, 0, nullptr, nullptr};
+    &MatchV1::dstL4App,
+    &MatchV2::dstL4App,
+    &MatchV2::dstL4AppIs,
+    &MatchV2::dstL4AppDel,
+    "handleDstL4App(VelaL3::VelaL4App)",
+    "handleDstL4App()",
+    true,
+    0,
+    nullptr,
+    nullptr};
 constexpr MirroredSet<VelaL3::VelaL4AppRange, VelaL3V2::VelaL4AppRange> kDstL4AppRange{
-    &MatchV1::dstL4AppRange, &MatchV2::dstL4AppRange, &MatchV2::dstL4AppRangeIs,
+    &MatchV1::dstL4AppRange,
+    &MatchV2::dstL4AppRange,
+    &MatchV2::dstL4AppRangeIs,
     &MatchV2::dstL4AppRangeDel,
-    "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)", "handleDstL4AppRange()",
-    true, 0, nullptr, nullptr};
+    "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)",
+    "handleDstL4AppRange()",
+    true,
+    0,
+    nullptr,
+    nullptr};
 
 }  // namespace
 
@@ -190,19 +237,29 @@ void PolicyTranslateMatchSm::mirrorAll() {
   run.leave();
 }
 
-void PolicyTranslateMatchSm::handleSrcIp(const Norv::IpGenPrefix& prefix) { mirror<kSrcIp>(prefix); }
+void PolicyTranslateMatchSm::handleSrcIp(const Norv::IpGenPrefix& prefix) {
+  mirror<kSrcIp>(prefix);
+}
 void PolicyTranslateMatchSm::handleSrcIp() { mirrorAll<kSrcIp>(); }
-void PolicyTranslateMatchSm::handleSrcIpRange(const VelaL3::VelaIpRange& range) { mirror<kSrcIpRange>(range); }
+void PolicyTranslateMatchSm::handleSrcIpRange(const VelaL3::VelaIpRange& range) {
+  mirror<kSrcIpRange>(range);
+}
 void PolicyTranslateMatchSm::handleSrcIpRange() { mirrorAll<kSrcIpRange>(); }
-void PolicyTranslateMatchSm::handleDstIp(const Norv::IpGenPrefix& prefix) { mirror<kDstIp>(prefix); }
+void PolicyTranslateMatchSm::handleDstIp(const Norv::IpGenPrefix& prefix) {
+  mirror<kDstIp>(prefix);
+}
 void PolicyTranslateMatchSm::handleDstIp() { mirrorAll<kDstIp>(); }
-void PolicyTranslateMatchSm::handleDstIpRange(const VelaL3::VelaIpRange& range) { mirror<kDstIpRange>(range); }
+void PolicyTranslateMatchSm::handleDstIpRange(const VelaL3::VelaIpRange& range) {
+  mirror<kDstIpRange>(range);
+}
 void PolicyTranslateMatchSm::handleDstIpRange() { mirrorAll<kDstIpRange>(); }
 void PolicyTranslateMatchSm::handleL3App(Norv::IpProto protocol) { mirror<kL3App>(protocol); }
 void PolicyTranslateMatchSm::handleL3App() { mirrorAll<kL3App>(); }
 void PolicyTranslateMatchSm::handleDstL4App(VelaL3::VelaL4App app) { mirror<kDstL4App>(app); }
 void PolicyTranslateMatchSm::handleDstL4App() { mirrorAll<kDstL4App>(); }
-void PolicyTranslateMatchSm::handleDstL4AppRange(const VelaL3::VelaL4AppRange& range) { mirror<kDstL4AppRange>(range); }
+void PolicyTranslateMatchSm::handleDstL4AppRange(const VelaL3::VelaL4AppRange& range) {
+  mirror<kDstL4AppRange>(range);
+}
 void PolicyTranslateMatchSm::handleDstL4AppRange() { mirrorAll<kDstL4AppRange>(); }
 
 }  // namespace VelaPolicyMonitor

@@ -11,8 +11,8 @@
 namespace VelaPolicyMonitor {
 
 /// Mirrors the policies of one device: each VRF's policy under the network VRF name that the
-/// device's monitor record gives it. Reports policyConverge there. Owned by the root; owns a machine
-/// per VRF that has both a version-1 policy and a network VRF name.
+/// device's monitor record gives it. Reports policyConverge there. Owned by the root; owns a
+/// machine per VRF that has both a version-1 policy and a network VRF name.
 class PolicyTranslatePerDeviceSm final : public TranslateSm,
                                          public Kel::SlabAllocated<PolicyTranslatePerDeviceSm> {
   using Self = PolicyTranslatePerDeviceSm;

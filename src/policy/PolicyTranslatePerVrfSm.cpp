@@ -48,14 +48,14 @@ void PolicyTranslatePerVrfSm::tearDown() noexcept {
 }
 
 Brix::Ptr<PolicyTranslatePerVrfSm> PolicyTranslatePerVrfSm::PolicyTranslatePerVrfSmIs(
-    const L3::VrfName& vrfName, const String& netVrfName,
-    const Brix::Ptr<const PolicyV1>& policyV1, const Brix::Ptr<PolicyV2>& policyV2) {
+    const L3::VrfName& vrfName, const String& netVrfName, const Brix::Ptr<const PolicyV1>& policyV1,
+    const Brix::Ptr<PolicyV2>& policyV2) {
   return make<Self>(vrfName, netVrfName, policyV1, policyV2);
 }
 
 Brix::Ptr<PolicyTranslatePerVrfSm> policyTranslatePerVrfSmFactory(
-    const L3::VrfName& vrfName, const String& netVrfName,
-    const Brix::Ptr<const PolicyV1>& policyV1, const Brix::Ptr<PolicyV2>& policyV2) {
+    const L3::VrfName& vrfName, const String& netVrfName, const Brix::Ptr<const PolicyV1>& policyV1,
+    const Brix::Ptr<PolicyV2>& policyV2) {
   return PolicyTranslatePerVrfSm::PolicyTranslatePerVrfSmIs(vrfName, netVrfName, policyV1,
                                                             policyV2);
 }
@@ -89,8 +89,9 @@ Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
     const Brix::Ptr<VelaL3V2::VelaRuleConfig>& ruleV2, const Brix::Ptr<UpdateCookie>& cookie) {
   const Busy busy{*this};
   const bool present = perRuleSm_.find(priority) != nullptr;
-  auto child = perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
-                                      priority, ruleV1, ruleV2, cookie);
+  auto child =
+      perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
+                             priority, ruleV1, ruleV2, cookie);
   if (!present && child) {
     notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
   }

@@ -60,9 +60,7 @@ class PerL3IntfServiceDeviceTranslateSm final
 
 /// The library's entry point; the arguments of the constructor.
 Brix::Ptr<PerL3IntfServiceDeviceTranslateSm> perL3IntfServiceDeviceTranslateSmFactory(
-    const Norv::IpGenAddr& l3IntfAddr,
-    const Brix::Ptr<const VelaL3::L3IntfConfig>& l3IntfConfigV1,
-    const Brix::Ptr<VelaL3V2::L3IntfConfig>& l3IntfConfigV2,
-    const Brix::Ptr<UpdateCookie>& cookie);
+    const Norv::IpGenAddr& l3IntfAddr, const Brix::Ptr<const VelaL3::L3IntfConfig>& l3IntfConfigV1,
+    const Brix::Ptr<VelaL3V2::L3IntfConfig>& l3IntfConfigV2, const Brix::Ptr<UpdateCookie>& cookie);
 
 }  // namespace VelaPolicyMonitor

@@ -22,8 +22,8 @@ constexpr Kel::Dispatch<Self> PerVrfServiceDeviceTranslateSm::vrfConfigV1Dispatc
 };
 
 PerVrfServiceDeviceTranslateSm::PerVrfServiceDeviceTranslateSm(
-    const L3::VrfName& vrfName, const String& netVrfName,
-    const Brix::Ptr<const VrfV1>& vrfConfigV1, const Brix::Ptr<NetVrfV2>& vrfConfigV2)
+    const L3::VrfName& vrfName, const String& netVrfName, const Brix::Ptr<const VrfV1>& vrfConfigV1,
+    const Brix::Ptr<NetVrfV2>& vrfConfigV2)
     : vrfName_(vrfName),
       netVrfName_(netVrfName),
       vrfConfigV1_(vrfConfigV1, *this),
@@ -45,16 +45,16 @@ void PerVrfServiceDeviceTranslateSm::tearDown() noexcept {
 
 Brix::Ptr<PerVrfServiceDeviceTranslateSm>
 PerVrfServiceDeviceTranslateSm::PerVrfServiceDeviceTranslateSmIs(
-    const L3::VrfName& vrfName, const String& netVrfName,
-    const Brix::Ptr<const VrfV1>& vrfConfigV1, const Brix::Ptr<NetVrfV2>& vrfConfigV2) {
+    const L3::VrfName& vrfName, const String& netVrfName, const Brix::Ptr<const VrfV1>& vrfConfigV1,
+    const Brix::Ptr<NetVrfV2>& vrfConfigV2) {
   return make<Self>(vrfName, netVrfName, vrfConfigV1, vrfConfigV2);
 }
 
 Brix::Ptr<PerVrfServiceDeviceTranslateSm> perVrfServiceDeviceTranslateSmFactory(
-    const L3::VrfName& vrfName, const String& netVrfName,
-    const Brix::Ptr<const VrfV1>& vrfConfigV1, const Brix::Ptr<NetVrfV2>& vrfConfigV2) {
-  return PerVrfServiceDeviceTranslateSm::PerVrfServiceDeviceTranslateSmIs(
-      vrfName, netVrfName, vrfConfigV1, vrfConfigV2);
+    const L3::VrfName& vrfName, const String& netVrfName, const Brix::Ptr<const VrfV1>& vrfConfigV1,
+    const Brix::Ptr<NetVrfV2>& vrfConfigV2) {
+  return PerVrfServiceDeviceTranslateSm::PerVrfServiceDeviceTranslateSmIs(vrfName, netVrfName,
+                                                                          vrfConfigV1, vrfConfigV2);
 }
 
 Kel::FwkType PerVrfServiceDeviceTranslateSm::fwkType() const noexcept {

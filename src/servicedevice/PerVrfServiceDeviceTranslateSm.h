@@ -10,8 +10,8 @@
 namespace VelaPolicyMonitor {
 
 /// Mirrors one VRF of a service device into a network VRF, interface by interface, and stamps it
-/// once per burst of changes. Owned by the per-device machine; owns a machine per interface, and the
-/// cookie that they share. Publishes cookie, initialized and initComplete to its notifiees.
+/// once per burst of changes. Owned by the per-device machine; owns a machine per interface, and
+/// the cookie that they share. Publishes cookie, initialized and initComplete to its notifiees.
 class PerVrfServiceDeviceTranslateSm final
     : public TranslateSm,
       public Kel::SlabAllocated<PerVrfServiceDeviceTranslateSm> {

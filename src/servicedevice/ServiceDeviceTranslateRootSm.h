@@ -13,9 +13,8 @@ namespace VelaPolicyMonitor {
 /// The top of the service-device tree: keeps the version-2 source at exactly one device for each
 /// version-1 device that a monitor record serves. Created by the agent; owns a machine per such
 /// device. Dropping it empties the version-2 source: drop a root before making its successor.
-class ServiceDeviceTranslateRootSm final
-    : public TranslateSm,
-      public Kel::SlabAllocated<ServiceDeviceTranslateRootSm> {
+class ServiceDeviceTranslateRootSm final : public TranslateSm,
+                                           public Kel::SlabAllocated<ServiceDeviceTranslateRootSm> {
   using Self = ServiceDeviceTranslateRootSm;
 
  public:
@@ -32,10 +31,9 @@ class ServiceDeviceTranslateRootSm final
   SM_CHILDREN(133, perDeviceSm, deviceName, PerServiceDeviceTranslateSm)
   KEL_CONST(137, initialized, bool)
 
-  ServiceDeviceTranslateRootSm(
-      const Brix::Ptr<const VelaL3::ServiceDeviceSourceConfig>& sdSourceV1,
-      const Brix::Ptr<VelaL3V2::ServiceDeviceSourceConfig>& sdSourceV2,
-      const Brix::Ptr<Status>& vpmStatus);
+  ServiceDeviceTranslateRootSm(const Brix::Ptr<const VelaL3::ServiceDeviceSourceConfig>& sdSourceV1,
+                               const Brix::Ptr<VelaL3V2::ServiceDeviceSourceConfig>& sdSourceV2,
+                               const Brix::Ptr<Status>& vpmStatus);
   ~ServiceDeviceTranslateRootSm() override;
   static Brix::Ptr<ServiceDeviceTranslateRootSm> ServiceDeviceTranslateRootSmIs(
       const Brix::Ptr<const VelaL3::ServiceDeviceSourceConfig>& sdSourceV1,

@@ -32,11 +32,11 @@ class Ptr {
   Ptr(const Ptr& other) noexcept : Ptr(other.object_) {}
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
-    requires std::convertible_to<U*, T*>
-  Ptr(const Ptr<U>& other) noexcept : Ptr(other.get()) {}  // NOLINT(google-explicit-constructor)
+  requires std::convertible_to<U*, T*> Ptr(const Ptr<U>& other)
+  noexcept : Ptr(other.get()) {}  // NOLINT(google-explicit-constructor)
   template <class U>
-    requires std::convertible_to<U*, T*>
-  Ptr(Ptr<U>&& other) noexcept : object_(other.release()) {}  // NOLINT(google-explicit-constructor)
+  requires std::convertible_to<U*, T*> Ptr(Ptr<U>&& other)
+  noexcept : object_(other.release()) {}  // NOLINT(google-explicit-constructor)
   ~Ptr() {
     if (object_ != nullptr) {
       object_->refDec();

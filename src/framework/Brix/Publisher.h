@@ -13,7 +13,8 @@ namespace Brix {
 ///
 /// How a round of notification works:
 ///
-/// - *Who is called.* A round calls every subscriber that was registered when it began, in the order
+/// - *Who is called.* A round calls every subscriber that was registered when it began, in the
+/// order
 ///   of registration, once. One that is removed meanwhile is not called any more, wherever in the
 ///   round it stands; one that is added meanwhile waits for the next round (it has just read the
 ///   current state for itself).

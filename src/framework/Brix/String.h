@@ -18,8 +18,9 @@ namespace Brix {
 class String {
  public:
   String() noexcept = default;
-  String(std::string_view text);                              // NOLINT(google-explicit-constructor)
-  String(const char* text) : String(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+  String(std::string_view text);  // NOLINT(google-explicit-constructor)
+  String(const char* text)
+      : String(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
   String(const std::string& text) : String(std::string_view(text)) {}  // NOLINT
   String(const String& other) noexcept : text_(other.text_) { retain(); }
   String(String&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }
@@ -41,7 +42,9 @@ class String {
   std::string_view view() const noexcept {
     return text_ == nullptr ? std::string_view() : std::string_view(bytes(), text_->size);
   }
-  operator std::string_view() const noexcept { return view(); }  // NOLINT(google-explicit-constructor)
+  operator std::string_view() const noexcept {
+    return view();
+  }  // NOLINT(google-explicit-constructor)
   /// The text followed by a NUL; stays valid as long as any copy of this string.
   const char* c_str() const noexcept { return text_ == nullptr ? "" : bytes(); }
   std::size_t size() const noexcept { return text_ == nullptr ? 0 : text_->size; }

@@ -71,14 +71,16 @@ struct On {
   /// calls it.
   template <const auto& Attribute, void (Sm::*Adapter)(const KeyOf<Attribute>&)>
   static constexpr Reaction<Sm> adapted =
-      keyReaction<Sm, KeyOf<Attribute>, KeyOf<Attribute>, KeyHandler<Sm, KeyOf<Attribute>>(Adapter)>(
-          Attribute.id);
+      keyReaction<Sm, KeyOf<Attribute>, KeyOf<Attribute>,
+                  KeyHandler<Sm, KeyOf<Attribute>>(Adapter)>(Attribute.id);
 
   /// An attribute without keys.
   template <const auto& Attribute, void (Sm::*Handler)()>
-  static constexpr Reaction<Sm> change{
-      Attribute.id, [](Sm& sm, const void* /*key*/) { (sm.*Handler)(); },
-      [](Sm& sm, const void* /*key*/) -> std::function<void()> { return [&sm] { (sm.*Handler)(); }; }};
+  static constexpr Reaction<Sm> change{Attribute.id,
+                                       [](Sm& sm, const void* /*key*/) { (sm.*Handler)(); },
+                                       [](Sm& sm, const void* /*key*/) -> std::function<void()> {
+                                         return [&sm] { (sm.*Handler)(); };
+                                       }};
 };
 
 template <class Sm>
@@ -112,7 +114,8 @@ class Dispatch {
 
   /// The attributes that are reacted to; for dumps.
   constexpr bool reactsTo(AttrId id) const {
-    return id >= first_ && id <= last_ && rows_[static_cast<std::size_t>(id - first_)].run != nullptr;
+    return id >= first_ && id <= last_ &&
+           rows_[static_cast<std::size_t>(id - first_)].run != nullptr;
   }
 
  private:

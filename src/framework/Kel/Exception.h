@@ -39,7 +39,8 @@ class [[gnu::visibility("default")]] ReinstantiationException : public Exception
 
 namespace Impl {
 /// Raises ReinstantiationException: `collection` already holds `key`, built from other objects.
-[[noreturn]] void throwMutatorReinstantiating(const std::string& collection, const std::string& key);
+[[noreturn]] void throwMutatorReinstantiating(const std::string& collection,
+                                              const std::string& key);
 }  // namespace Impl
 
 }  // namespace Kel

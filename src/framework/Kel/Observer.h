@@ -19,7 +19,9 @@ class Observer : private Brix::Subscriber {
 
   template <class Entity>
   Observer(const Entity& entity, Function function)
-      : Subscriber(&Observer::notify), function_(std::move(function)), object_(&entity),
+      : Subscriber(&Observer::notify),
+        function_(std::move(function)),
+        object_(&entity),
         publisher_(entity.publisher()) {
     publisher_.subscriberAdd(*this);
   }

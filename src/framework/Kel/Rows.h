@@ -24,7 +24,9 @@ struct Id {
 };
 
 template <class T, int N>
-concept HasRow = requires { T::kelRow(Id<N>{}); };
+concept HasRow = requires {
+  T::kelRow(Id<N>{});
+};
 
 template <class T, int... I>
 consteval auto collectRows(std::integer_sequence<int, I...> /*ids*/) {
@@ -40,7 +42,8 @@ consteval auto collectRows(std::integer_sequence<int, I...> /*ids*/) {
 }
 
 template <class T>
-inline constexpr auto rowsOf = collectRows<T>(std::make_integer_sequence<int, kLastId - kFirstId + 1>{});
+inline constexpr auto rowsOf =
+    collectRows<T>(std::make_integer_sequence<int, kLastId - kFirstId + 1>{});
 
 /// Whether two types have the same attributes: ids, names, kinds, in the same order.
 template <class A, class B>

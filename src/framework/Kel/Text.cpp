@@ -13,7 +13,8 @@ bool parseUnsigned(std::string_view text, unsigned long long largest, unsigned l
   unsigned long long number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (text.empty() || stop != end || (error != std::errc() && error != std::errc::result_out_of_range)) {
+  if (text.empty() || stop != end ||
+      (error != std::errc() && error != std::errc::result_out_of_range)) {
     why = "\"" + std::string(text) + "\" is not a whole number; expected 0 to " + textOf(largest);
     return false;
   }
@@ -35,16 +36,20 @@ bool parseBool(std::string_view text, bool& value, std::string& why) {
 }
 
 bool parseSeconds(std::string_view text, Seconds& value, std::string& why) {
-  // decimal64 with six fraction digits: an optional minus, digits, optionally a point and 1 to 6 digits.
+  // decimal64 with six fraction digits: an optional minus, digits, optionally a point and 1 to 6
+  // digits.
   const std::string_view digits = text.starts_with('-') ? text.substr(1) : text;
   const std::size_t point = digits.find('.');
   const std::string_view whole = digits.substr(0, point);
-  const std::string_view fraction = point == std::string_view::npos ? "0" : digits.substr(point + 1);
+  const std::string_view fraction =
+      point == std::string_view::npos ? "0" : digits.substr(point + 1);
   const auto isDigits = [](std::string_view part) {
-    return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !part.empty() &&
+           std::all_of(part.begin(), part.end(), [](char c) { return c >= '0' && c <= '9'; });
   };
   if (!isDigits(whole) || !isDigits(fraction) || fraction.size() > 6 || whole.size() > 12) {
-    why = "\"" + std::string(text) + "\" is not a time; expected seconds such as 12.5, at most six digits after the point";
+    why = "\"" + std::string(text) +
+          "\" is not a time; expected seconds such as 12.5, at most six digits after the point";
     return false;
   }
   Seconds number = 0;

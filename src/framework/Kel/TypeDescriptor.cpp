@@ -6,8 +6,8 @@
 namespace Kel {
 
 const char* nameOf(RowKind kind) {
-  static constexpr std::array<const char*, 9> kNames{"constant", "value",  "set",   "map",     "entries",
-                                                     "single",   "object", "input", "children"};
+  static constexpr std::array<const char*, 9> kNames{
+      "constant", "value", "set", "map", "entries", "single", "object", "input", "children"};
   return kNames[static_cast<std::size_t>(kind)];
 }
 

@@ -44,7 +44,7 @@ struct Row {
   Brix::AttrId id = 0;
   const char* name = "";
   RowKind kind = RowKind::value;
-  const char* keyName = "";    ///< entries, children: the key attribute of an entry; map: of the key
+  const char* keyName = "";  ///< entries, children: the key attribute of an entry; map: of the key
   const char* valueName = "";  ///< map: what the value is called
   const ValueType& (*key)() = nullptr;
   const ValueType& (*value)() = nullptr;
@@ -60,8 +60,8 @@ struct Row {
 
 /// What is known of a type at run time.
 struct TypeDescriptor {
-  const char* name = "";                           ///< with its namespace
-  std::span<const Row> rows;                       ///< in the order of their ids
+  const char* name = "";                         ///< with its namespace
+  std::span<const Row> rows;                     ///< in the order of their ids
   std::span<const std::string_view> operations;  ///< callable operations of a state machine
   std::span<const Brix::AttrId> published;       ///< what it tells its notifieeList()
   /// What observers of an object of this type subscribe to; null: it has nothing to subscribe to.

@@ -44,9 +44,9 @@ std::vector<const ValueType*>& registry() {
   return *types;
 }
 
-const ValueTypeRegistration kRegistration{valueTypeOf<bool>(),          valueTypeOf<std::uint8_t>(),
-                                          valueTypeOf<std::uint16_t>(), valueTypeOf<std::uint32_t>(),
-                                          valueTypeOf<Seconds>(),       valueTypeOf<String>()};
+const ValueTypeRegistration kRegistration{
+    valueTypeOf<bool>(),          valueTypeOf<std::uint8_t>(), valueTypeOf<std::uint16_t>(),
+    valueTypeOf<std::uint32_t>(), valueTypeOf<Seconds>(),      valueTypeOf<String>()};
 
 }  // namespace
 

@@ -25,9 +25,8 @@ const ValueType& valueTypeOf<Norv::IpProto>() {
 }
 
 namespace {
-const ValueTypeRegistration kRegistration{valueTypeOf<Norv::IpGenAddr>(),
-                                          valueTypeOf<Norv::IpGenPrefix>(),
-                                          valueTypeOf<Norv::IpProto>()};
+const ValueTypeRegistration kRegistration{
+    valueTypeOf<Norv::IpGenAddr>(), valueTypeOf<Norv::IpGenPrefix>(), valueTypeOf<Norv::IpProto>()};
 }  // namespace
 
 }  // namespace Kel

@@ -7,7 +7,8 @@ namespace Kel {
 
 template <>
 const ValueType& valueTypeOf<Vela::DeviceName>() {
-  static const ValueType type = describeValue<Vela::DeviceName>("Vela::DeviceName", Encoding::string);
+  static const ValueType type =
+      describeValue<Vela::DeviceName>("Vela::DeviceName", Encoding::string);
   return type;
 }
 

@@ -7,11 +7,10 @@
 
 namespace VelaPolicyMonitor {
 
-/// The monitor's record of one device: how its VRFs are called in the network and how its traffic is
-/// inspected, written by the monitor; and whether the device's policies and its service-device
+/// The monitor's record of one device: how its VRFs are called in the network and how its traffic
+/// is inspected, written by the monitor; and whether the device's policies and its service-device
 /// configuration have been translated, written by the translation and never set back.
-class DevicePolicyList final
-    : public Kel::Entity<DevicePolicyList, MonitorType::devicePolicyList> {
+class DevicePolicyList final : public Kel::Entity<DevicePolicyList, MonitorType::devicePolicyList> {
  public:
   static constexpr const char* kelTypeName() { return "VelaPolicyMonitor::DevicePolicyList"; }
   explicit DevicePolicyList(const Kel::String& deviceName) : deviceName_(deviceName) {}
