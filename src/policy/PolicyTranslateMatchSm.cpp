@@ -30,82 +30,37 @@ struct MirroredSet {
 };
 
 // Deliberate: the sets differ in which lines they write, and at which level.
+// clang-format off: a table, one row of places and one of texts for each set
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kSrcIp{
-    &MatchV1::srcIp,
-    &MatchV2::srcIp,
-    &MatchV2::srcIpIs,
-    &MatchV2::srcIpDel,
-    "handleSrcIp(const Norv::IpGenPrefix&)",
-    "handleSrcIp()",
-    false,
-    8,
-    " add src ip: ",
-    " remove src ip: "};
+    &MatchV1::srcIp, &MatchV2::srcIp, &MatchV2::srcIpIs, &MatchV2::srcIpDel,
+    "handleSrcIp(const Norv::IpGenPrefix&)", "handleSrcIp()",
+    false, 8, " add src ip: ", " remove src ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kSrcIpRange{
-    &MatchV1::srcIpRange,
-    &MatchV2::srcIpRange,
-    &MatchV2::srcIpRangeIs,
-    &MatchV2::srcIpRangeDel,
-    "handleSrcIpRange(const VelaL3::VelaIpRange&)",
-    "handleSrcIpRange()",
-    false,
-    8,
-    " add src ip range: ",
-    " remove src ip range: "};
+    &MatchV1::srcIpRange, &MatchV2::srcIpRange, &MatchV2::srcIpRangeIs, &MatchV2::srcIpRangeDel,
+    "handleSrcIpRange(const VelaL3::VelaIpRange&)", "handleSrcIpRange()",
+    false, 8, " add src ip range: ", " remove src ip range: "};
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kDstIp{
-    &MatchV1::dstIp,
-    &MatchV2::dstIp,
-    &MatchV2::dstIpIs,
-    &MatchV2::dstIpDel,
-    "handleDstIp(const Norv::IpGenPrefix&)",
-    "handleDstIp()",
-    false,
-    8,
-    " add dst ip: ",
-    " remove dst ip: "};
+    &MatchV1::dstIp, &MatchV2::dstIp, &MatchV2::dstIpIs, &MatchV2::dstIpDel,
+    "handleDstIp(const Norv::IpGenPrefix&)", "handleDstIp()",
+    false, 8, " add dst ip: ", " remove dst ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kDstIpRange{
-    &MatchV1::dstIpRange,
-    &MatchV2::dstIpRange,
-    &MatchV2::dstIpRangeIs,
-    &MatchV2::dstIpRangeDel,
-    "handleDstIpRange(const VelaL3::VelaIpRange&)",
-    "handleDstIpRange()",
-    false,
-    8,
-    " add dst ip range: ",
-    " remove dst ip range: "};
-constexpr MirroredSet<Norv::IpProto, Norv::IpProto> kL3App{&MatchV1::l3App,
-                                                           &MatchV2::l3App,
-                                                           &MatchV2::l3AppIs,
-                                                           &MatchV2::l3AppDel,
-                                                           "handleL3App(Norv::IpProto)",
-                                                           "handleL3App()",
-                                                           false,
-                                                           6,
-                                                           " add ip proto: ",
-                                                           " remove ip proto: "};
+    &MatchV1::dstIpRange, &MatchV2::dstIpRange, &MatchV2::dstIpRangeIs, &MatchV2::dstIpRangeDel,
+    "handleDstIpRange(const VelaL3::VelaIpRange&)", "handleDstIpRange()",
+    false, 8, " add dst ip range: ", " remove dst ip range: "};
+constexpr MirroredSet<Norv::IpProto, Norv::IpProto> kL3App{
+    &MatchV1::l3App, &MatchV2::l3App, &MatchV2::l3AppIs, &MatchV2::l3AppDel,
+    "handleL3App(Norv::IpProto)", "handleL3App()",
+    false, 6, " add ip proto: ", " remove ip proto: "};
 constexpr MirroredSet<VelaL3::VelaL4App, VelaL3V2::VelaL4App> kDstL4App{
-    &MatchV1::dstL4App,
-    &MatchV2::dstL4App,
-    &MatchV2::dstL4AppIs,
-    &MatchV2::dstL4AppDel,
-    "handleDstL4App(VelaL3::VelaL4App)",
-    "handleDstL4App()",
-    true,
-    0,
-    nullptr,
-    nullptr};
+    &MatchV1::dstL4App, &MatchV2::dstL4App, &MatchV2::dstL4AppIs, &MatchV2::dstL4AppDel,
+    "handleDstL4App(VelaL3::VelaL4App)", "handleDstL4App()",
+    true, 0, nullptr, nullptr};
 constexpr MirroredSet<VelaL3::VelaL4AppRange, VelaL3V2::VelaL4AppRange> kDstL4AppRange{
-    &MatchV1::dstL4AppRange,
-    &MatchV2::dstL4AppRange,
-    &MatchV2::dstL4AppRangeIs,
-    &MatchV2::dstL4AppRangeDel,
-    "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)",
-    "handleDstL4AppRange()",
-    true,
-    0,
-    nullptr,
-    nullptr};
+    &MatchV1::dstL4AppRange, &MatchV2::dstL4AppRange,
+    &MatchV2::dstL4AppRangeIs, &MatchV2::dstL4AppRangeDel,
+    "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)", "handleDstL4AppRange()",
+    true, 0, nullptr, nullptr};
+// clang-format on
 
 }  // namespace
 
