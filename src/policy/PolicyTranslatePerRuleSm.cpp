@@ -96,9 +96,10 @@ void PolicyTranslatePerRuleSm::handleOrigin(const String& name) {
     perOriginSmIs(name, originV1, originV2, cookie());
   } else {
     run.act(" priority: ", priority(), " remove policy ", name);
-    perOriginSmDel(name);
+    const String key = name;  // the argument may lie in the child
+    perOriginSmDel(key);
     if (ruleV2()) {
-      ruleV2()->originDel(name);
+      ruleV2()->originDel(key);
     }
   }
   markUpdated(cookie());

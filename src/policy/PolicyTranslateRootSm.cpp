@@ -99,9 +99,10 @@ void PolicyTranslateRootSm::handlePolicySet(const String& deviceName) {
     perDeviceSmIs(deviceName, policySetV1, policySetV2, policyList);
   } else {
     run.act(" remove device ", deviceName);
-    perDeviceSmDel(deviceName);
+    const String key = deviceName;  // the argument may lie in the child
+    perDeviceSmDel(key);
     if (policySrcV2()) {
-      policySrcV2()->policySetDel(deviceName);
+      policySrcV2()->policySetDel(key);
     }
   }
   run.leave();
