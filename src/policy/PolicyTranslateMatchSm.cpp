@@ -29,8 +29,9 @@ struct MirroredSet {
   const char* remove;
 };
 
+// A table: for each set where it lies, its forms, and its lines.
 // Deliberate: the sets differ in which lines they write, and at which level.
-// clang-format off: a table, one row of places and one of texts for each set
+// clang-format off
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kSrcIp{
     &MatchV1::srcIp, &MatchV2::srcIp, &MatchV2::srcIpIs, &MatchV2::srcIpDel,
     "handleSrcIp(const Norv::IpGenPrefix&)", "handleSrcIp()",
