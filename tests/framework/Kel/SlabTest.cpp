@@ -162,24 +162,19 @@ TEST(Slab, ReturnsEmptyPagesButForOneInWhateverOrderTheBlocksComeBack) {
 }
 
 TEST(Slab, HoldsOnToItsLastPageWhenASingleObjectComesAndGoes) {
-  if (!kPaged) {
-    GTEST_SKIP() << "there are no pages under the address sanitizer";
-  }
   Slab slab("Test::Single", 64, 8);
   void* const first = slab.allocate();
   slab.deallocate(first);
   const FailingMemory failing(1);
-  for (int i = 0; i != 1000; ++i) {
+  for (int i = 0; kPaged && i != 1000; ++i) {
     EXPECT_EQ(slab.allocate(), first);
     slab.deallocate(first);
   }
   EXPECT_FALSE(FailingMemory::failed());
+  EXPECT_EQ(slab.live(), 0U);
 }
 
 TEST(Slab, ReusesTheBlocksOfHalfFullPages) {
-  if (!kPaged) {
-    GTEST_SKIP() << "there are no pages under the address sanitizer";
-  }
   Slab slab("Test::Reused", 64, 8);
   std::vector<void*> blocks;
   for (int i = 0; i != 50'000; ++i) {
@@ -194,7 +189,7 @@ TEST(Slab, ReusesTheBlocksOfHalfFullPages) {
     for (std::size_t i = 0; i != 25'000; ++i) {
       blocks[i] = slab.allocate();
     }
-    EXPECT_EQ(slab.bytes(), bytes);
+    EXPECT_EQ(slab.bytes(), bytes);  // also under the address sanitizer, which has no pages
   }
   EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
   for (void* block : blocks) {
