@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <chrono>
@@ -99,6 +102,46 @@ std::string headersIn(const std::string& bytes, std::size_t size) {
   return headers;
 }
 
+/// The segments of a folder in memory, because they are looked at after every instruction.
+class MappedSegments {
+ public:
+  MappedSegments(const Folder& folder, std::size_t size, std::size_t count) : size_(size) {
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::string path = folder.path() + "/segment-000" + std::to_string(i);
+      const int file = open(path.c_str(), O_RDONLY);
+      segments_.push_back(mmap(nullptr, size, PROT_READ, MAP_SHARED, file, 0));
+      EXPECT_NE(segments_.back(), MAP_FAILED) << path;
+      close(file);
+    }
+  }
+  ~MappedSegments() {
+    for (void* const segment : segments_) {
+      munmap(segment, size_);
+    }
+  }
+  MappedSegments(const MappedSegments&) = delete;
+  MappedSegments& operator=(const MappedSegments&) = delete;
+
+  bool differFrom(const std::string& bytes) const {
+    bool same = bytes.size() == size_ * segments_.size();
+    for (std::size_t i = 0; same && i < segments_.size(); ++i) {
+      same = std::memcmp(bytes.data() + i * size_, segments_[i], size_) == 0;
+    }
+    return !same;
+  }
+  std::string copy() const {
+    std::string bytes;
+    for (const void* const segment : segments_) {
+      bytes.append(static_cast<const char*>(segment), size_);
+    }
+    return bytes;
+  }
+
+ private:
+  std::size_t size_;
+  std::vector<void*> segments_;
+};
+
 // The child is executed one instruction at a time, and after each one the files are what they would
 // be if it had been killed there.
 TEST(Crash, AfterEveryInstructionOfSeveralWrapsTheTraceIsWhole) {
@@ -127,13 +170,14 @@ TEST(Crash, AfterEveryInstructionOfSeveralWrapsTheTraceIsWhole) {
   ASSERT_EQ(waitpid(child, &status, 0), child);
   ASSERT_TRUE(WIFSTOPPED(status)) << "this machine does not let a test trace its own child";
 
+  const MappedSegments files(folder, kSize, kCount);
   std::string last;
   std::set<std::string> seen;
   std::uint32_t newest = 6;
   std::size_t steps = 0;
   while (WIFSTOPPED(status)) {
-    const std::string bytes = segmentsOf(folder, kCount);
-    if (bytes != last) {
+    if (files.differFrom(last)) {
+      const std::string bytes = files.copy();
       last = bytes;
       const std::vector<std::uint32_t> numbers = wholeBlocks(bytes, kSize);
       ASSERT_GE(numbers.size(), 3U) << "more than one segment was lost, at step " << steps;
