@@ -69,8 +69,9 @@ class Children {
   /// The child under `key` if it was built from `args`; otherwise it gives way to a new one. The
   /// old child comes to its end before the new one is built: its last act empties the version-2
   /// entity that both write. Null while the child of this key is being built further down the
-  /// stack (an observer of version 2 has called a handler of the owner). Null also when the owner has come to its end itself (one of its handlers is
-  /// still on the stack): a child of its would empty, at its own end, what the successor's wrote.
+  /// stack (an observer of version 2 has called a handler of the owner): there is to be no second
+  /// one. Null also when the owner has come to its end itself (one of its handlers is still on the
+  /// stack): a child of its would empty, at its own end, what the successor's wrote.
   template <class... Args>
   Brix::Ptr<Child> keepOrReplace(TranslateSm& owner, const Key& key, const Args&... args) {
     const Busy busy{owner};
@@ -86,7 +87,7 @@ class Children {
   /// The child under `key`, built now if there is none; one that was built from other objects
   /// than `args` is an error of the caller, raised as Kel::ReinstantiationException; while the
   /// owner is catching up it gives way instead, as its entry was deleted and created anew
-  /// meanwhile. Null when the owner has come to its end, as above.
+  /// meanwhile. Null in the same two cases as above.
   template <class... Args>
   Brix::Ptr<Child> keepOrThrow(TranslateSm& owner, const char* collection, const Key& key,
                                const Args&... args) {
