@@ -21,6 +21,7 @@ class ValueTypeRegistration {
 /// The descriptor of T; `fields` for records. For the source file that specialises valueTypeOf.
 template <class T>
 constexpr ValueType describeValue(const char* name, Encoding encoding, std::span<const Field> fields = {}) {
+  static_assert(sizeof(T) <= kLargestValue && alignof(T) <= 16, "an AnyValue has no room for it");
   ValueType type{};
   type.name = name;
   type.encoding = encoding;

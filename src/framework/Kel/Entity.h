@@ -90,7 +90,7 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
   }
 
   template <class K, class V>
-  void putValue(ValueMap<K, V>& map, K key, const V& value, AttrId id) {
+  void putValue(ValueMap<K, V>& map, K key, V value, AttrId id) {
     map.put(key, value);
     publish(id, &key, &value);
   }

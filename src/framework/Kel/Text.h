@@ -36,7 +36,7 @@ void appendValue(std::string& out, const T& value) {
     out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
   } else if constexpr (std::same_as<T, Seconds>) {
     char digits[330];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6).ptr);
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, value + 0.0, std::chars_format::fixed, 6).ptr);
   } else if constexpr (NamedEnum<T>) {
     const auto ordinal = static_cast<std::underlying_type_t<T>>(value);
     if (static_cast<std::size_t>(ordinal) < kelNames(value).size()) {
@@ -53,7 +53,7 @@ namespace Impl {
 bool parseUnsigned(std::string_view text, unsigned long long largest, unsigned long long& value, std::string& why);
 bool parseBool(std::string_view text, bool& value, std::string& why);
 bool parseSeconds(std::string_view text, Seconds& value, std::string& why);
-/// Says that `text` is none of `names`, and which of them was probably meant.
+/// Says that `text` is none of `names`, and which there are.
 std::string whyNoName(std::string_view text, const std::string_view* names, std::size_t count);
 }  // namespace Impl
 

@@ -67,6 +67,9 @@ template <> const ValueType& valueTypeOf<String>();
 /// Calls `each` for every value type of the process.
 void forEachValueType(void (*each)(void* context, const ValueType& type), void* context);
 
+/// The size of the largest value type, in bytes.
+inline constexpr std::size_t kLargestValue = 48;
+
 /// A value of a type known only by its descriptor.
 class AnyValue {
  public:
@@ -80,9 +83,8 @@ class AnyValue {
   const void* get() const noexcept { return place_; }
 
  private:
-  static constexpr std::size_t kLargest = 48;
   const ValueType& type_;
-  alignas(16) std::byte place_[kLargest];
+  alignas(16) std::byte place_[kLargestValue];
 };
 
 }  // namespace Kel
