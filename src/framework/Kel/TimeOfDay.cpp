@@ -22,7 +22,7 @@ Seconds kernelTime(clockid_t clock) noexcept {
 
 constexpr Seconds kInterval = 0.010;  // how long the kernel is not asked
 constexpr Seconds kStale = 10;        // a tick is not measured over more than this
-constexpr Seconds kReading = 1e-6;    // readings that took longer were interrupted
+constexpr Seconds kReading = 2e-6;    // readings that took longer were interrupted
 constexpr Seconds kAgreement = 1e-3;  // between two measurements of a tick
 
 bool counterHasOneRate() noexcept {
@@ -41,15 +41,18 @@ struct Reckoning {
   Seconds tick = 0;            // the length of one
   std::uint64_t interval = 0;  // in ticks; 0: the kernel is asked every time
 
-  [[gnu::cold, gnu::noinline]] Seconds askKernel(std::uint64_t now) noexcept {
+  [[gnu::cold, gnu::noinline]] Seconds askKernel() noexcept {
     static const bool usable = counterHasOneRate();
+    const Seconds runningBefore = usable ? kernelTime(CLOCK_MONOTONIC) : 0;
+    const std::uint64_t now = __rdtsc();
     const Seconds present = kernelTime(CLOCK_REALTIME);
-    const Seconds runningNow = kernelTime(CLOCK_MONOTONIC);
-    const Seconds elapsed = runningNow - running;
-    const bool interrupted = static_cast<Seconds>(__rdtsc() - now) * tick > kReading;
-    if (!usable || interrupted || (elapsed < kInterval && now > counter)) {
-      return present;  // nothing is learnt from it; asked again the next time
+    if (!usable || (runningBefore - running < kInterval && now > counter)) {
+      return present;  // too early to learn from it
     }
+    if (kernelTime(CLOCK_MONOTONIC) - runningBefore > kReading) {
+      return present;  // interrupted: the readings do not belong together
+    }
+    const Seconds elapsed = runningBefore - running;
     if (elapsed > kStale || now <= counter) {
       interval = 0;  // also the first time: there is nothing to measure from
     } else {
@@ -61,7 +64,7 @@ struct Reckoning {
     }
     counter = now;
     time = present;
-    running = runningNow;
+    running = runningBefore;
     return present;
   }
 };
@@ -80,7 +83,7 @@ Seconds timeOfDay() noexcept {
   if (ticks < reckoning.interval) [[likely]] {
     return reckoning.time + static_cast<Seconds>(static_cast<std::int64_t>(ticks)) * reckoning.tick;
   }
-  return reckoning.askKernel(now);
+  return reckoning.askKernel();
 #else
   return kernelTime(CLOCK_REALTIME);
 #endif

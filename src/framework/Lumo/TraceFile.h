@@ -98,7 +98,7 @@ class TraceFile {
     }
     if (site >= published_ || static_cast<std::size_t>(end_ - at_) < kRecordHeader + size)
         [[unlikely]] {
-      lock_.leave();
+      lock_.leaveOwned();
       return nullptr;
     }
     return beginHere(site, stamp > last_ ? stamp : last_ + 1, seconds);

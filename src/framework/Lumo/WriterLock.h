@@ -58,6 +58,10 @@ class WriterLock {
     return false;
   }
 
+  /// Ends what a `tryEnter` that returned true began.
+  void leaveOwned() noexcept { busy_.store(false, std::memory_order_release); }
+
+  /// Ends what an `enter` or a `tryEnter` that returned true began.
   void leave() noexcept {
     if (!spinning_) [[likely]] {
       busy_.store(false, std::memory_order_release);
