@@ -1,11 +1,11 @@
-#include "common/NameEncoder.h"
-
 #include <gtest/gtest.h>
 
 #include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "common/NameEncoder.h"
 
 namespace {
 

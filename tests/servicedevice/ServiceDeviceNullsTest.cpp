@@ -68,8 +68,8 @@ TEST_F(ServiceDeviceNulls, ADeviceWithoutVersion1HasNoVrfs) {
 TEST_F(ServiceDeviceNulls, AVrfWithoutVersion1HasNoInterfaces) {
   const auto v2 = sourceV2->serviceDeviceIs("fw1")->netVrfIs("net-red");
   v2->l3IntfIs(IpGenAddr("10.0.0.1"));
-  const auto vrf = VelaPolicyMonitor::perVrfServiceDeviceTranslateSmFactory(
-      VrfName("red"), "net-red", nullptr, v2);
+  const auto vrf = VelaPolicyMonitor::perVrfServiceDeviceTranslateSmFactory(VrfName("red"),
+                                                                            "net-red", nullptr, v2);
   EXPECT_TRUE(v2->l3Intf().empty());
   EXPECT_EQ(v2->vrfName(), "red");
   EXPECT_EQ(v2->timestamp(), 1000.0);
@@ -77,8 +77,7 @@ TEST_F(ServiceDeviceNulls, AVrfWithoutVersion1HasNoInterfaces) {
 }
 
 TEST_F(ServiceDeviceNulls, AnInterfaceWithoutVersion1HasNoSubnets) {
-  const auto v2 =
-      sourceV2->serviceDeviceIs("fw1")->netVrfIs("n")->l3IntfIs(IpGenAddr("10.0.0.1"));
+  const auto v2 = sourceV2->serviceDeviceIs("fw1")->netVrfIs("n")->l3IntfIs(IpGenAddr("10.0.0.1"));
   v2->reachableSubnetIs(IpGenPrefix("10.1.0.0/16"));
   const auto intf = VelaPolicyMonitor::perL3IntfServiceDeviceTranslateSmFactory(
       IpGenAddr("10.0.0.1"), nullptr, v2, nullptr);

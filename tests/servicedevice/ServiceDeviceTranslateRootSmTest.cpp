@@ -1,6 +1,5 @@
-#include "servicedevice/ServiceDeviceTranslateRootSm.h"
-
 #include "servicedevice/ServiceDeviceTest.h"
+#include "servicedevice/ServiceDeviceTranslateRootSm.h"
 
 namespace ServiceDeviceTests {
 namespace {

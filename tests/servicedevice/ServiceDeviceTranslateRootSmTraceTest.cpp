@@ -36,11 +36,10 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfAddingADevice) {
   const auto root = makeRoot();
   BothTraces traces;
   deviceV1();
-  EXPECT_EQ(traces.take(),
-            joined({{kRoot(8, "handleDevice(const String&) Device name: fw1"),
-                     kRoot(6, "handleDevice(const String&) add device fw1")},
-                    linesOfAnEmptyDevice(),
-                    {kRoot(7, "handleDevice(const String&)return")}}));
+  EXPECT_EQ(traces.take(), joined({{kRoot(8, "handleDevice(const String&) Device name: fw1"),
+                                    kRoot(6, "handleDevice(const String&) add device fw1")},
+                                   linesOfAnEmptyDevice(),
+                                   {kRoot(7, "handleDevice(const String&)return")}}));
 }
 
 TEST_F(ServiceDeviceTranslateRootTrace, OfADeviceThatIsThereAlready) {
@@ -58,11 +57,11 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfRemovingADevice) {
   const auto root = makeRoot();
   BothTraces traces;
   sourceV1->serviceDeviceDel("fw1");
-  EXPECT_EQ(traces.take(), (Lines{kRoot(8, "handleDevice(const String&) Device name: fw1"),
-                                  kRoot(6, "handleDevice(const String&) remove device fw1"),
-                                  kDevice(8, "cleanup() Device name: fw1"),
-                                  kDevice(7, "cleanup()return"),
-                                  kRoot(7, "handleDevice(const String&)return")}));
+  EXPECT_EQ(traces.take(),
+            (Lines{kRoot(8, "handleDevice(const String&) Device name: fw1"),
+                   kRoot(6, "handleDevice(const String&) remove device fw1"),
+                   kDevice(8, "cleanup() Device name: fw1"), kDevice(7, "cleanup()return"),
+                   kRoot(7, "handleDevice(const String&)return")}));
 }
 
 TEST_F(ServiceDeviceTranslateRootTrace, OfADeviceWithoutARecord) {
@@ -90,13 +89,13 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfAWalkThatDeletesAndAdds) {
   deviceV1();
   BothTraces traces;
   root->handleDevice();
-  EXPECT_EQ(traces.take(),
-            joined({{kRoot(8, "handleDevice()"), kRoot(6, "handleDevice() remove device stray"),
-                     kRoot(8, "handleDevice(const String&) Device name: fw1"),
-                     kRoot(6, "handleDevice(const String&) add device fw1")},
-                    linesOfAnEmptyDevice(),
-                    {kRoot(7, "handleDevice(const String&)return"),
-                     kRoot(7, "handleDevice()return")}}));
+  EXPECT_EQ(
+      traces.take(),
+      joined({{kRoot(8, "handleDevice()"), kRoot(6, "handleDevice() remove device stray"),
+               kRoot(8, "handleDevice(const String&) Device name: fw1"),
+               kRoot(6, "handleDevice(const String&) add device fw1")},
+              linesOfAnEmptyDevice(),
+              {kRoot(7, "handleDevice(const String&)return"), kRoot(7, "handleDevice()return")}}));
 }
 
 TEST_F(ServiceDeviceTranslateRootTrace, OfCleanupHasAnExitLine) {
@@ -104,9 +103,8 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfCleanupHasAnExitLine) {
   const auto root = makeRoot();
   BothTraces traces;
   root->cleanup();
-  EXPECT_EQ(traces.take(),
-            (Lines{kRoot(8, "cleanup()"), kDevice(8, "cleanup() Device name: fw1"),
-                   kDevice(7, "cleanup()return"), kRoot(7, "cleanup()return")}));
+  EXPECT_EQ(traces.take(), (Lines{kRoot(8, "cleanup()"), kDevice(8, "cleanup() Device name: fw1"),
+                                  kDevice(7, "cleanup()return"), kRoot(7, "cleanup()return")}));
 }
 
 TEST_F(ServiceDeviceTranslateRootTrace, OfDroppingTheRootIsThatOfCleanup) {
@@ -114,9 +112,8 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfDroppingTheRootIsThatOfCleanup) {
   auto root = makeRoot();
   BothTraces traces;
   root.reset();
-  EXPECT_EQ(traces.take(),
-            (Lines{kRoot(8, "cleanup()"), kDevice(8, "cleanup() Device name: fw1"),
-                   kDevice(7, "cleanup()return"), kRoot(7, "cleanup()return")}));
+  EXPECT_EQ(traces.take(), (Lines{kRoot(8, "cleanup()"), kDevice(8, "cleanup() Device name: fw1"),
+                                  kDevice(7, "cleanup()return"), kRoot(7, "cleanup()return")}));
 }
 
 TEST_F(ServiceDeviceTranslateRootTrace, IsSilentForLookUpsSwitchesAndChildOperations) {
@@ -142,28 +139,38 @@ TEST_F(ServiceDeviceTranslateRootTrace, OfAWholeTreeIsThatOfEachLevelInsideTheLe
   EXPECT_EQ(
       traces.take(),
       (Lines{
-          kRoot(8, "handleInitialized()"), kRoot(8, "handleDevice()"),
+          kRoot(8, "handleInitialized()"),
+          kRoot(8, "handleDevice()"),
           kRoot(8, "handleDevice(const String&) Device name: fw1"),
           kRoot(6, "handleDevice(const String&) add device fw1"),
-          kDevice(8, "handleInitialized()"), kDevice(8, "handleVrf()Device name: fw1"),
+          kDevice(8, "handleInitialized()"),
+          kDevice(8, "handleVrf()Device name: fw1"),
           kDevice(8, "handleVrf(const String&) Device: fw1VRF name: red"),
           kDevice(6, "handleVrf(const String&) Device: fw1 add VRF red/net-red"),
-          kVrf(8, "handleInitialized() VRF name: red"), kVrf(8, "handleL3Intf()"),
+          kVrf(8, "handleInitialized() VRF name: red"),
+          kVrf(8, "handleL3Intf()"),
           kVrf(8, "handleL3Intf(const Norv::IpGenAddr&) VRF: red l3 intf: 10.0.0.1"),
           kVrf(6, "handleL3Intf(const Norv::IpGenAddr&) VRF: red add l3 intf 10.0.0.1"),
           kIntf(8, "handleInitialized() l3 intf: 10.0.0.1"),
           kIntf(8, "handleSubnet() l3 intf: 10.0.0.1"),
           kIntf(8, "handleSubnet(const Norv::IpGenPrefix&) l3 intf: 10.0.0.1 subnet: 10.1.0.0/16"),
-          kIntf(6, "handleSubnet(const Norv::IpGenPrefix&) l3 intf: 10.0.0.1"
-                   " add subnet 10.1.0.0/16"),
+          kIntf(6,
+                "handleSubnet(const Norv::IpGenPrefix&) l3 intf: 10.0.0.1"
+                " add subnet 10.1.0.0/16"),
           kIntf(7, "handleSubnet(const Norv::IpGenPrefix&)return"),
-          kIntf(7, "handleSubnet()return"), kIntf(7, "handleInitialized()return"),
-          kVrf(7, "handleL3Intf(const Norv::IpGenAddr&)return"), kVrf(7, "handleL3Intf()return"),
-          kVrf(8, "doUpdate() VRF name: red"), kVrf(7, "handleInitialized()return"),
-          kDevice(7, "handleVrf(const String&)return"), kDevice(7, "handleVrf()return"),
+          kIntf(7, "handleSubnet()return"),
+          kIntf(7, "handleInitialized()return"),
+          kVrf(7, "handleL3Intf(const Norv::IpGenAddr&)return"),
+          kVrf(7, "handleL3Intf()return"),
+          kVrf(8, "doUpdate() VRF name: red"),
+          kVrf(7, "handleInitialized()return"),
+          kDevice(7, "handleVrf(const String&)return"),
+          kDevice(7, "handleVrf()return"),
           kDevice(8, "handleTrafficInspection()Device name: fw1 unified: false"),
-          kDevice(7, "handleTrafficInspection()return"), kDevice(7, "handleInitialized()return"),
-          kRoot(7, "handleDevice(const String&)return"), kRoot(7, "handleDevice()return"),
+          kDevice(7, "handleTrafficInspection()return"),
+          kDevice(7, "handleInitialized()return"),
+          kRoot(7, "handleDevice(const String&)return"),
+          kRoot(7, "handleDevice()return"),
           kRoot(7, "handleInitialized()return")}));
 }
 
