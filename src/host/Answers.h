@@ -4,16 +4,17 @@
 #include <string_view>
 
 #include "host/ByteSink.h"
-#include "host/Change.h"
-#include "host/Translation.h"
+#include "host/Session.h"
 
 namespace Host {
+
+class JsonWriter;
 
 /// Writes the answers of a run: one JSON object per line of text.
 class Answers {
  public:
-  Answers(ByteSink& sink, const Trees& trees, const Translation& translation)
-      : sink_(sink), trees_(trees), translation_(translation) {}
+  Answers(ByteSink& sink, const Trees& trees, const Session& session)
+      : sink_(sink), trees_(trees), session_(session) {}
 
   void error(std::size_t line, std::string_view message);
   void answer(std::size_t line, const Change::Show& show);
@@ -24,12 +25,14 @@ class Answers {
   bool anythingWrong() const { return wrong_; }
 
  private:
-  void members(class JsonWriter& json, const Change::Show& show);
-  void containers(class JsonWriter& json, std::string_view member, std::string_view module);
+  void members(JsonWriter& json, const Change::Show& show);
+  void containers(JsonWriter& json, std::string_view member, std::string_view module);
+
+  void audit(JsonWriter& json);
 
   ByteSink& sink_;
   const Trees& trees_;
-  const Translation& translation_;
+  const Session& session_;
   bool wrong_ = false;
 };
 

@@ -28,7 +28,7 @@ class Run {
       : clock_(time),
         translation_(trees),
         session_(trees, translation_, clock_),
-        answers_(out, trees, translation_) {}
+        answers_(out, trees, session_) {}
 
   void start() { translation_.start(); }
   /// A line of the log: one of a file has been checked before, others are checked now.
@@ -39,6 +39,7 @@ class Run {
     Change change;
     const auto faults = reader_.read(text, change);
     if (!faults.empty()) {
+      session_.unreadable();
       answers_.error(number, inLine(text, faults.front()));
     } else if (const auto error = session_.apply(change)) {
       answers_.error(number, *error);

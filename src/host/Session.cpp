@@ -11,6 +11,7 @@ std::optional<std::string> Session::apply(const Change& change) {
   TreeEditor editor(trees_, touched);
   TreeCursor& cursor = editor.cursor();
   if (auto refused = whyRefused(change, cursor)) {
+    ++statistics_.failed;
     return refused;
   }
   if (change.time) {
@@ -28,11 +29,14 @@ std::optional<std::string> Session::apply(const Change& change) {
   for (const TreePath& path : change.notifies) {
     editor.notify(path);
   }
+  history_.changed(touched, change, translation_, cursor.error() != nullptr);
   control(change, cursor);
   if (change.signal) {
     const Touched burst = touched;
     editor.signal(burst, clock_.time());
   }
+  statistics_.writes += cursor.writes();
+  ++(cursor.error() == nullptr ? statistics_.applied : statistics_.failed);
   return cursor.error() == nullptr ? std::nullopt : std::optional(*cursor.error());
 }
 
@@ -71,9 +75,11 @@ std::optional<std::string> Session::whyRefused(const Change& change, TreeCursor&
 void Session::control(const Change& change, TreeCursor& cursor) {
   if (change.control && change.policies) {
     cursor.attempt([&] { translation_.controlPolicies(*change.control); });
+    history_.controlled(history_.policies(), *change.control);
   }
   if (change.control && change.serviceDevices) {
     cursor.attempt([&] { translation_.controlServiceDevices(*change.control); });
+    history_.controlled(history_.serviceDevices(), *change.control);
   }
 }
 

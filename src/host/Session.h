@@ -3,7 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "host/Audit.h"
 #include "host/Change.h"
+#include "host/Statistics.h"
 #include "host/TreeCursor.h"
 #include "host/Translation.h"
 #include "host/VirtualClock.h"
@@ -19,10 +21,14 @@ namespace Host {
 class Session {
  public:
   Session(const Trees& trees, Translation& translation, VirtualClock& clock)
-      : trees_(trees), translation_(translation), clock_(clock) {}
+      : trees_(trees), translation_(translation), clock_(clock), history_(trees) {}
 
-  /// The line's error; none when all went well.
+  /// The line's error; none when all went well. A line that cannot be read counts as refused.
   std::optional<std::string> apply(const Change& change);
+  void unreadable() { ++statistics_.failed; }
+  /// Compares what the session has come to: see Audit.
+  std::vector<Difference> audit() const { return Audit(trees_, history_, translation_).run(); }
+  const Statistics& statistics() const { return statistics_; }
 
  private:
   std::optional<std::string> whyRefused(const Change& change, TreeCursor& cursor) const;
@@ -31,6 +37,8 @@ class Session {
   const Trees& trees_;
   Translation& translation_;
   VirtualClock& clock_;
+  History history_;
+  Statistics statistics_;
 };
 
 }  // namespace Host

@@ -20,6 +20,13 @@ void control(Root& root, Verb verb) {
   }
 }
 
+template <class Root>
+Translation::State stateOf(const Brix::Ptr<Root>& root) {
+  return root == nullptr
+             ? Translation::State{}
+             : Translation::State{true, root->hasNotificationActive(), root->initialized()};
+}
+
 std::string whyNotOne(Verb verb, bool running, std::string_view tree) {
   if (verb == Verb::start) {
     return running ? concat({"the ", tree, " tree is running; it cannot be started again"}) : "";
@@ -29,9 +36,12 @@ std::string whyNotOne(Verb verb, bool running, std::string_view tree) {
 
 }  // namespace
 
-std::string Translation::whyNot(Verb verb, bool policies, bool serviceDevices) const {
-  const std::string why = policies ? whyNotOne(verb, runsPolicies(), "policy") : "";
-  return why.empty() && serviceDevices ? whyNotOne(verb, runsServiceDevices(), "service-device")
+Translation::State Translation::policies() const { return stateOf(policies_); }
+Translation::State Translation::serviceDevices() const { return stateOf(serviceDevices_); }
+
+std::string Translation::whyNot(Verb verb, bool ofPolicies, bool ofServiceDevices) const {
+  const std::string why = ofPolicies ? whyNotOne(verb, policies().running, "policy") : "";
+  return why.empty() && ofServiceDevices ? whyNotOne(verb, serviceDevices().running, "service-device")
                                        : why;
 }
 

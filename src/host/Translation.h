@@ -18,11 +18,17 @@ class Translation {
   /// The policy tree goes first.
   ~Translation() { stop(); }
 
-  bool runsPolicies() const { return policies_ != nullptr; }
-  bool runsServiceDevices() const { return serviceDevices_ != nullptr; }
+  /// What a tree does at this moment.
+  struct State {
+    bool running = false;
+    bool listening = false;    ///< false: suspended
+    bool initialized = false;  ///< false: cleaned up
+  };
+  State policies() const;
+  State serviceDevices() const;
 
   /// Why this cannot be done now; empty when it can.
-  std::string whyNot(Verb verb, bool policies, bool serviceDevices) const;
+  std::string whyNot(Verb verb, bool ofPolicies, bool ofServiceDevices) const;
   /// Does it: the policy tree first. Raises what handlers raise.
   void controlPolicies(Verb verb);
   void controlServiceDevices(Verb verb);

@@ -38,6 +38,8 @@ class TreeCursor {
   /// Delivers the notification of a change that is none.
   void publish(const Node& node, const void* key);
 
+  /// How many writes and announcements there were.
+  std::size_t writes() const { return writes_; }
   /// What the first observer raised that did so; null when none did.
   const std::string* error() const { return failed_ ? &error_ : nullptr; }
   /// Calls `action`, and keeps what it raises.
@@ -61,12 +63,16 @@ class TreeCursor {
 
   void push(const Node& node, const void* key, const void* object);
   void touch();
+  TreePath pathTo(std::size_t depth) const;
+  void noteRecord(const Node& list, const void* key);
+  void notePair(const Node& mapping, const void* key, const void* value);
   void keep(const char* error);
 
   const Trees& trees_;
   Touched& touched_;
   std::vector<Place> places_;
   Brix::Ptr<Kel::PtrInterface> lastTouched_;
+  std::size_t writes_ = 0;
   bool failed_ = false;
   std::string error_;
 };
