@@ -29,9 +29,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
 endif()
 # Our own calls inside one library are not up for replacement at load time.
 add_compile_options(-fno-semantic-interposition)
-add_link_options(-Wl,-Bsymbolic-functions -Wl,--no-undefined)
+add_link_options(-Wl,-Bsymbolic-functions)
 set(VELA_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
 if(VELA_SANITIZE)
   add_compile_options(-fsanitize=${VELA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${VELA_SANITIZE})
+else()
+  # Not with a sanitizer: clang leaves its run-time to the program.
+  add_link_options(-Wl,--no-undefined)
 endif()
