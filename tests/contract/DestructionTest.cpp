@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "contract/Contract.h"
 #include "support/TraceCapture.h"
@@ -52,11 +55,9 @@ class Destruction : public MachineTest<Sm> {
 TYPED_TEST_SUITE(Destruction, AllMachines, MachineNames);
 
 /// Drops the machine at the n-th notification of version 2, for every n.
-template <class Test, class Make>
-void dropAtEveryNotification(Test& test, World& world, const Make& make,
-                             const std::function<void()>& changes,
+template <class Make>
+void dropAtEveryNotification(World& world, const Make& make, const std::function<void()>& changes,
                              const std::function<void(int)>& check) {
-  static_cast<void>(test);
   for (int nth = 1;; ++nth) {
     auto sm = make();
     int count = 0;
@@ -82,7 +83,7 @@ void dropAtEveryNotification(Test& test, World& world, const Make& make,
 
 TYPED_TEST(Destruction, MayComeFromInsideEveryHandler) {
   dropAtEveryNotification(
-      *this, this->world, [&] { return this->make(); }, [&] { this->changes(); },
+      this->world, [&] { return this->make(); }, [&] { this->changes(); },
       [&](int nth) {
         this->expectNothingLeft(nth);
         this->remove(0);
@@ -92,7 +93,7 @@ TYPED_TEST(Destruction, MayComeFromInsideEveryHandler) {
 TYPED_TEST(Destruction, MayComeFromInsideEveryHandlerWhileOthersObserveTheInputs) {
   this->crowd();
   dropAtEveryNotification(
-      *this, this->world, [&] { return this->make(); }, [&] { this->changes(); },
+      this->world, [&] { return this->make(); }, [&] { this->changes(); },
       [&](int nth) {
         this->expectNothingLeft(nth);
         this->remove(0);
@@ -154,6 +155,23 @@ TYPED_TEST(Destruction, LeavesAnEmptyVersion2WhereTheMachineCleansUp) {
     EXPECT_FALSE(this->mirrored(0));
   } else {
     EXPECT_TRUE(this->mirrored(0));
+  }
+}
+
+/// Where a machine deletes what it wrote, observers are called from its destructor.
+TYPED_TEST(Destruction, EndsTheProcessWhenAnObserverOfItsLastActsFails) {
+  static_assert(std::is_nothrow_destructible_v<TypeParam>);
+  static_assert(noexcept(std::declval<TypeParam&>().hasNotificationActiveIs(true)));
+  static_assert(noexcept(std::declval<TypeParam&>().kelDoZombieReactors(true)));
+  auto sm = this->make();
+  const auto refuse = [&] {
+    const Watch watch(this->world, [](int /*number*/) { throw std::runtime_error("too late"); });
+    sm.reset();
+  };
+  if constexpr (requires { sm->cleanup(); }) {
+    EXPECT_DEATH(refuse(), "too late");
+  } else {
+    EXPECT_NO_THROW(refuse());
   }
 }
 

@@ -99,6 +99,31 @@ TYPED_TEST(Life, LeavesNobodyRegisteredAndNoMachineBehind) {
   EXPECT_EQ(liveMachines().size(), 0U);
 }
 
+TYPED_TEST(Life, IsTheSameWithThreadSafePointers) {
+  Kel::threadSafePointers.store(true);
+  {
+    World own;
+    auto sm = TestFixture::M::args(own, TestFixture::M::make);
+    TestFixture::M::add(own, 0);
+    EXPECT_TRUE(TestFixture::M::mirrored(own, 0));
+    TestFixture::M::add(own, 1);
+    TestFixture::M::remove(own, 0);
+    EXPECT_FALSE(TestFixture::M::mirrored(own, 0));
+    EXPECT_EQ(sm->refCount(), 1U);
+  }
+  Kel::threadSafePointers.store(false);
+  EXPECT_EQ(liveMachines().size(), 0U);
+}
+
+TYPED_TEST(Life, OfMachinesMadeBeforeTheThreadSafeSwitchIsThrownEndsWellAfterIt) {
+  auto sm = this->make();
+  Kel::threadSafePointers.store(true);
+  this->add(0);
+  sm.reset();
+  Kel::threadSafePointers.store(false);
+  EXPECT_EQ(liveMachines().size(), 0U);
+}
+
 TYPED_TEST(Life, NamesItsType) {
   const auto sm = this->make();
   EXPECT_STREQ(sm->fwkType().descriptor().name, Machine<TypeParam>::kName);

@@ -115,6 +115,18 @@ TYPED_TEST(BusyMachine, IsServedInTheOrderOfArrival) {
   }
 }
 
+TYPED_TEST(BusyMachine, HasOneChildForAKeyThoughAnObserverCallsItsWalkWhileThatIsBuilt) {
+  const auto sm = this->make();
+  const auto watch = this->atFirst([&] { TestFixture::M::walk(*sm); });
+  this->add(0);
+  EXPECT_TRUE(this->mirrored(0));
+  World fresh;
+  TestFixture::M::add(fresh, 0);
+  const auto expected = TestFixture::M::args(fresh, TestFixture::M::make);
+  EXPECT_EQ(dumpV2(this->world), dumpV2(fresh));
+  EXPECT_EQ(TestFixture::M::children(*sm).size(), TestFixture::M::children(*expected).size());
+}
+
 TYPED_TEST(BusyMachine, MirrorsWhatIsChangedWhileItsConstructorRuns) {
   const auto watch = this->atFirst([&] {
     this->add(0);

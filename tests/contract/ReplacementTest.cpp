@@ -129,6 +129,16 @@ TYPED_TEST(ReplacedChild, HearsNothingAnyMore) {
   }
 }
 
+TYPED_TEST(ReplacedChild, MakesNoChildrenAnyMore) {
+  using Child = typename TestFixture::M::Child;
+  const auto sm = this->make();
+  const auto held = this->child(*sm);
+  Replacement<TypeParam>::run(this->world, *sm);
+  auto& old = static_cast<Child&>(*held);
+  Machine<Child>::walk(old);
+  EXPECT_TRUE(Machine<Child>::children(old).empty());
+}
+
 TYPED_TEST(ReplacedChild, ThatNobodyHoldsLeavesNoMachineBehind) {
   auto sm = this->make();
   const auto before = liveMachines();
