@@ -120,9 +120,10 @@ void PerVrfServiceDeviceTranslateSm::handleL3Intf(const Norv::IpGenAddr& addr) {
     perL3IntfSmIs(addr, l3IntfV1, l3IntfV2, cookie());
   } else {
     run.act(" VRF: ", vrfName(), " remove l3 intf ", addr);
-    perL3IntfSmDel(addr);
+    const Norv::IpGenAddr key = addr;  // the argument may lie in the child
+    perL3IntfSmDel(key);
     if (vrfConfigV2()) {
-      vrfConfigV2()->l3IntfDel(addr);
+      vrfConfigV2()->l3IntfDel(key);
     }
   }
   markUpdated(cookie());

@@ -174,6 +174,16 @@ TEST_F(PerVrfServiceDevice, RemovingDeletesTheEntryAlsoWithoutAChild) {
   EXPECT_TRUE(v2->l3Intf().empty());
 }
 
+TEST_F(PerVrfServiceDevice, RemovesTheInterfaceWhoseAddressIsReadFromTheChildThatGoes) {
+  v1->l3IntfIs(one);
+  const auto vrf = makeVrf();
+  vrf->hasNotificationActiveIs(false);
+  v1->l3IntfDel(one);
+  vrf->handleL3Intf(vrf->perL3IntfSm().find(one)->l3IntfAddr());
+  EXPECT_TRUE(vrf->perL3IntfSm().empty());
+  EXPECT_TRUE(v2->l3Intf().empty());
+}
+
 TEST_F(PerVrfServiceDevice, GivesItsChildrenItsCookie) {
   v1->l3IntfIs(one);
   const auto vrf = makeVrf();

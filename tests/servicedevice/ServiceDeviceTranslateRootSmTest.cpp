@@ -185,6 +185,44 @@ TEST_F(ServiceDeviceTranslateRoot, KeepsAChildThatWasBuiltFromTheSameObjects) {
   EXPECT_EQ(child->perVrfSm(VrfName("red")), perVrf);
 }
 
+TEST_F(ServiceDeviceTranslateRoot, FindsAPairsRecordUnderItsMembersNeverUnderItsOwnName) {
+  const char* const pair = "fwA\\:fwB_HAPair:red";
+  status->devicePolicyListIs(pair);
+  const auto root = makeRoot();
+  EXPECT_EQ(root->getPolicyList(pair), nullptr);
+  const auto second = status->devicePolicyListIs("fwB:red:");
+  EXPECT_EQ(root->getPolicyList(pair), second);
+  const auto first = status->devicePolicyListIs("fwA:red:");
+  EXPECT_EQ(root->getPolicyList(pair), first);
+  EXPECT_EQ(root->getPolicyList("fw1"), record);
+  EXPECT_EQ(root->getPolicyList("fw2"), nullptr);
+}
+
+TEST_F(ServiceDeviceTranslateRoot, ReplacesTheChildOfADeviceThatWasReplacedInPlace) {
+  fillVrf("red", "net-red", "10.0.0.1");
+  const auto root = makeRoot();
+  root->hasNotificationActiveIs(false);
+  sourceV1->serviceDeviceDel("fw1");
+  fillVrf("red", "net-red", "10.0.0.2");
+  root->hasNotificationActiveIs(true);
+  root->handleDevice("fw1");
+  EXPECT_EQ(root->perDeviceSm("fw1")->sdConfigV1(), deviceV1());
+  EXPECT_EQ(netVrf()->l3Intf().size(), 1U);
+  EXPECT_NE(netVrf()->l3Intf(IpGenAddr("10.0.0.2")), nullptr);
+  EXPECT_EQ(live<PerServiceDeviceTranslateSm>(), 1U);
+}
+
+TEST_F(ServiceDeviceTranslateRoot, AChildThatIsMadeWhileTheRootIsSilentIsNotSilent) {
+  const auto root = makeRoot();
+  root->hasNotificationActiveIs(false);
+  fillVrf();
+  root->handleDevice("fw1");
+  root->hasNotificationActiveIs(false);  // is off already: reaches no child
+  EXPECT_TRUE(root->perDeviceSm("fw1")->hasNotificationActive());
+  record->trafficInspectionIs(Vela::TrafficInspection{3});
+  EXPECT_EQ(deviceV2()->trafficInspection(), Vela::TrafficInspection{3});
+}
+
 TEST_F(ServiceDeviceTranslateRoot, DroppingItEmptiesVersion2AndUnregisters) {
   fillVrf();
   const auto vrfV1 = deviceV1()->vrf(VrfName("red"));
