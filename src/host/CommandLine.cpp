@@ -28,7 +28,8 @@ Exit codes:
   3  a file could not be written, or the machine failed
 )";
 
-constexpr const char* kReplayExamples = R"(A line of the log is one burst of changes: a JSON object with any of these members,
+constexpr const char* kReplayExamples =
+    R"(A line of the log is one burst of changes: a JSON object with any of these members,
 which act in this order:
   time     number: what the clock shows from here on, in seconds
   delete   [PATH...]
@@ -98,8 +99,8 @@ void addTime(CLI::App& command, Request& request, const std::string& what) {
 }
 
 CLI::App& addTranslate(CLI::App& app, Request& request) {
-  CLI::App& command = *app.add_subcommand(
-      "translate", "print version 2 and the monitor's flags for version-1 documents");
+  CLI::App& command =
+      *app.add_subcommand("translate", "print version 2 of what version-1 documents say");
   command.add_option("DOC", request.documents, "documents to merge; - is standard input")
       ->required()
       ->type_name("FILE");

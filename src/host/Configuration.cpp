@@ -10,6 +10,7 @@ namespace {
 void read(const std::string& document, Content content, const Trees& trees, Report& report,
           Progress& progress) {
   std::string why;
+  progress.begin(concat({"reading ", document}), 0);  // a pipe may take its time
   const auto source = SourceText::read(document, why);
   if (source == nullptr) {
     progress.end();

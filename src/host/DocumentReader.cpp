@@ -32,7 +32,9 @@ std::vector<Fault> DocumentReader::read(const SourceText& source, Receiver& rece
     return faults;
   }
   if (auto syntax = findSyntaxFault(text)) {
-    std::erase_if(faults, [&](const Fault& fault) { return fault.offset >= syntax->offset; });
+    std::erase_if(faults, [&](const Fault& fault) {
+      return fault.offset >= syntax->offset || fault.offset + fault.length > syntax->offset;
+    });
     faults.push_back(std::move(*syntax));
   } else if (!stumbled.empty()) {
     // Sound JSON that the parser cannot take, such as a document above 4 GB.
