@@ -66,7 +66,6 @@ class JsonWriter {
   bool named_ = false;         // a name stands before what comes next
   bool oneLine_ = false;       // in a record, or in scalars that have been short up to now
   bool scalars_ = false;
-  std::size_t scalarsBegin_ = 0;           // in out_, behind the bracket
   std::vector<std::size_t> scalarBegins_;  // in out_, of the scalars since then
 };
 
