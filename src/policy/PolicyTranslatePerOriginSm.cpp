@@ -80,7 +80,7 @@ Brix::Ptr<PolicyTranslateMatchSm> PolicyTranslatePerOriginSm::matchSmIs(
   if (matchSm() && matchSm()->builtFrom(matchV1, matchV2, cookie)) {
     return matchSm();
   }
-  const auto made = PolicyTranslateMatchSm::PolicyTranslateMatchSmIs(matchV1, matchV2, cookie);
+  auto made = PolicyTranslateMatchSm::PolicyTranslateMatchSmIs(matchV1, matchV2, cookie);
   // Deliberate: the one that gives way is released without being switched off first.
   matchSm_.exchange(made);
   made->hasNotificationActiveIs(true);

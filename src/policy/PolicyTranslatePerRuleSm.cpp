@@ -96,7 +96,8 @@ void PolicyTranslatePerRuleSm::handleOrigin(const String& name) {
     perOriginSmIs(name, originV1, originV2, cookie());
   } else {
     run.act(" priority: ", priority(), " remove policy ", name);
-    const String key = name;  // the argument may lie in the child
+    // The argument may lie in the child.
+    const String key = name;  // NOLINT(performance-unnecessary-copy-initialization)
     perOriginSmDel(key);
     if (ruleV2()) {
       ruleV2()->originDel(key);

@@ -88,11 +88,11 @@ Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
     VelaL3::VelaPriority priority, const Brix::Ptr<const VelaL3::VelaRuleConfig>& ruleV1,
     const Brix::Ptr<VelaL3V2::VelaRuleConfig>& ruleV2, const Brix::Ptr<UpdateCookie>& cookie) {
   const Busy busy{*this};
-  const bool present = perRuleSm_.find(priority) != nullptr;
+  const auto before = perRuleSm(priority);
   auto child =
       perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
                              priority, ruleV1, ruleV2, cookie);
-  if (!present && child) {
+  if (child && child != before) {
     notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
   }
   return child;
@@ -100,7 +100,7 @@ Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
 
 Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmDel(
     VelaL3::VelaPriority priority) {
-  const auto gone = perRuleSm_.remove(priority);
+  auto gone = perRuleSm_.remove(priority);
   if (gone) {
     notifieeList().publish(perRuleSmAttr.id, &priority);
   }

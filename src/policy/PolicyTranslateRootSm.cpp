@@ -99,7 +99,8 @@ void PolicyTranslateRootSm::handlePolicySet(const String& deviceName) {
     perDeviceSmIs(deviceName, policySetV1, policySetV2, policyList);
   } else {
     run.act(" remove device ", deviceName);
-    const String key = deviceName;  // the argument may lie in the child
+    // The argument may lie in the child.
+    const String key = deviceName;  // NOLINT(performance-unnecessary-copy-initialization)
     perDeviceSmDel(key);
     if (policySrcV2()) {
       policySrcV2()->policySetDel(key);
