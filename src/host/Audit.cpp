@@ -56,7 +56,7 @@ std::vector<Difference> Audit::run() {
     const Node* const top2 = Schema::instance().top(name2);
     const Node* const devices1 = firstList(*top1);
     const Node* const devices2 = firstList(*top2);
-    return Side{top1,     top2, devices1, devices2, firstList(*devices1), firstList(*devices2),
+    return Side{top1,    top2, devices1, devices2, firstList(*devices1), firstList(*devices2),
                 policies};
   };
   tree(side("vela-l3:policy-source", "vela-l3v2:policy-source", true), translation_.policies(),
@@ -100,8 +100,8 @@ void Audit::device(const Side& side, const Kel::PtrInterface& device1,
       tried += concat({tried.empty() ? "\"" : " and \"", key, "\""});
     }
     if (device2 == nullptr) {
-      found_.at1(Kind::pending, concat({"the monitor has no record for this device: looked for ",
-                                        tried}));
+      found_.at1(Kind::pending,
+                 concat({"the monitor has no record for this device: looked for ", tried}));
     } else {
       found_.at2(Kind::asDesigned,
                  concat({"the monitor's record of this device is gone (looked for ", tried,
@@ -111,8 +111,9 @@ void Audit::device(const Side& side, const Kel::PtrInterface& device1,
   }
   const bool excused = found_.hasExcuse();
   if (!excused && isBindingUnsure(side, served, name)) {
-    found_.excuse(Kind::pending, "the monitor's record came or went, which is noticed when the "
-                                 "device is announced the next time");
+    found_.excuse(Kind::pending,
+                  "the monitor's record came or went, which is noticed when the "
+                  "device is announced the next time");
   }
   if (device2 == nullptr) {
     found_.at1(Kind::defect, "this device is missing in version 2");
@@ -147,8 +148,8 @@ void Audit::vrfs(const Side& side, const Served& served, const Kel::PtrInterface
     const std::string found = textOf(leaf, device2);
     if (wanted != found) {
       found_.steps2().push_back({&leaf});
-      found_.at2(Kind::defect, concat({"version 2 has \"", found, "\", the monitor's record \"",
-                                       wanted, "\""}));
+      found_.at2(Kind::defect,
+                 concat({"version 2 has \"", found, "\", the monitor's record \"", wanted, "\""}));
       found_.steps2().pop_back();
     }
   }
@@ -169,10 +170,9 @@ void Audit::vrfs(const Side& side, const Served& served, const Kel::PtrInterface
     found_.enter(*side.vrfs1, vrf1, *side.vrfs2, netVrfName.empty() ? nullptr : vrf2);
     if (netVrfName.empty()) {
       const bool there = served.record->netVrfNameByVrf().find(Kel::String(name)) != nullptr;
-      found_.at1(Kind::pending,
-                 concat({"the monitor's record \"", recordName,
-                         there ? "\" has an empty network VRF name for this VRF"
-                               : "\" has no network VRF name for this VRF"}));
+      found_.at1(Kind::pending, concat({"the monitor's record \"", recordName,
+                                        there ? "\" has an empty network VRF name for this VRF"
+                                              : "\" has no network VRF name for this VRF"}));
     } else if (sharing.size() > 1) {
       found_.at1(Kind::asDesigned,
                  concat({"this VRF shares the network VRF name \"", netVrfName, "\" with \"",
@@ -197,13 +197,14 @@ void Audit::vrf(const Side& side, const std::string& recordName, const std::stri
   const bool excused = found_.hasExcuse();
   if (!excused && history_.wasShared(recordName, netVrfName)) {
     found_.excuse(Kind::asDesigned,
-                  concat({"the network VRF name \"", netVrfName, "\" has belonged to another VRF, "
+                  concat({"the network VRF name \"", netVrfName,
+                          "\" has belonged to another VRF, "
                           "which took the entry along when it left; it is back when this VRF is "
                           "announced again"}));
   }
   if (vrf2 == nullptr) {
-    found_.at1(Kind::defect, concat({"this VRF is missing in version 2, where it is \"",
-                                     netVrfName, "\""}));
+    found_.at1(Kind::defect,
+               concat({"this VRF is missing in version 2, where it is \"", netVrfName, "\""}));
   } else {
     if (!side.policies) {
       const Node& leaf = childOf(*side.vrfs2, "vrf-name");
@@ -230,8 +231,8 @@ void Audit::timestamps(const Side& side, const Kel::PtrInterface& vrf1,
   };
   TreePath entry;
   for (const Step& step : found_.steps1()) {
-    entry.push_back({step.node, step.key == nullptr ? nullptr
-                                                    : copyOf(step.node->row->key(), step.key)});
+    entry.push_back(
+        {step.node, step.key == nullptr ? nullptr : copyOf(step.node->row->key(), step.key)});
   }
   found_.steps2().push_back({&leaf2});
   if (history_.isUnsignalled(entry)) {

@@ -18,7 +18,8 @@ namespace Host {
 /// is matched by name (SubtreeAudit).
 ///
 /// Each difference has a class:
-/// - *pending*: it goes when something else happens: a record, a mapping, a signal, an announcement,
+/// - *pending*: it goes when something else happens: a record, a mapping, a signal, an
+/// announcement,
 ///   a start.
 /// - *as designed*: it stays, and is known to.
 /// - *foreign*: version 2 has something that nothing in version 1 stands for.

@@ -1,59 +1,31 @@
 #pragma once
 
-#include <simdjson.h>
-
-#include <functional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "host/Change.h"
-#include "host/JsonTokens.h"
-#include "host/PathReader.h"
 #include "host/SyntaxCheck.h"
 
 namespace Host {
 
+class ChangeWalk;
+
 /// Reads change lines: checks members, paths, types and values, everything but what depends on the
-/// state that the line meets.
+/// state that the line meets. Keeps its memory from line to line.
 class ChangeReader {
  public:
+  ChangeReader();
+  ChangeReader(const ChangeReader&) = delete;
+  ChangeReader& operator=(const ChangeReader&) = delete;
+  ~ChangeReader();
+
   /// Reads `line`, behind which lie SourceText::kPadding readable bytes, into `change`. The faults
   /// are sorted by their place, which is counted from the start of the line; none: all is well.
   std::vector<Fault> read(std::string_view line, Change& change);
 
  private:
-  using Value = simdjson::ondemand::value;
-  using Object = simdjson::ondemand::object;
-  using Each = std::function<void(Value)>;
-
-  void line(simdjson::ondemand::document& document);
-  void member(std::size_t index, Value value);
-  void time(Value value);
-  void paths(Value value, std::vector<TreePath>& paths, bool deletes);
-  void edits(Value value, std::vector<Edit>& edits);
-  void edit(Value value, std::vector<Edit>& edits);
-  bool editPath(Object object, std::string_view where, TreePath& path);
-  void editValue(Edit& edit, Value value);
-  void control(Value value);
-  void tree(Value value);
-  void signal(Value value);
-  void show(Value value);
-
-  void each(Value value, const Each& element);
-  bool path(Value value, TreePath& path);
-  bool is(JsonKind wanted, Value& value);
-  std::string_view text(Value& value);
-  bool isFirst(std::string_view name, std::size_t index, std::uint64_t& seen);
-  void fault(std::string_view where, std::string message, const TreePath& path = {});
-
-  simdjson::ondemand::parser parser_;
-  PathReader paths_;
-  std::string unescaped_;
-  // Of the line that is being read:
-  std::string_view text_;
-  JsonTokens tokens_{{}};
-  Change* change_ = nullptr;
-  std::vector<Fault> faults_;
+  std::unique_ptr<ChangeWalk> walk_;
 };
 
 }  // namespace Host

@@ -88,8 +88,8 @@ void Forecast::written(const Edit& edit, bool replaced) {
 void Forecast::note(Known& known, const Datum& datum) {
   for (const Datum& part : datum.parts) {
     const bool entry = isWholeList({datum.node, datum.key});
-    Known& below = entry ? known.below[keyText({part.node, part.key})]
-                         : reach(known, {part.node, part.key});
+    Known& below =
+        entry ? known.below[keyText({part.node, part.key})] : reach(known, {part.node, part.key});
     below.there = true;
     below.emptied = below.emptied || known.emptied;
     note(below, part);

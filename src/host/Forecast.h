@@ -14,8 +14,8 @@ namespace Host {
 ///
 /// A line that deletes what is not there, or announces an attribute of what is not there, is
 /// refused before any of it is applied. Whether something is there depends on the trees and on what
-/// the line itself says before; both are known without applying anything. What the line says is kept
-/// by path, so that a question costs the length of its path.
+/// the line itself says before; both are known without applying anything. What the line says is
+/// kept by path, so that a question costs the length of its path.
 class Forecast {
  public:
   /// `cursor` is moved about.

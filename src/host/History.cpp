@@ -17,8 +17,8 @@ void History::mapped(const std::string& record, const std::string& vrf,
   }
 }
 
-void History::changed(const Touched& touched, const Change& change,
-                      const Translation& translation, bool raised) {
+void History::changed(const Touched& touched, const Change& change, const Translation& translation,
+                      bool raised) {
   for (const Touched::Pair& pair : touched.pairs()) {
     mapped(pair.record, pair.key, pair.value);
   }

@@ -15,8 +15,8 @@ namespace Host {
 ///
 /// Some differences are there because of what happened, and stay until something is announced
 /// again: an entry of version 2 goes with the first of two VRFs that have shared its name; what
-/// changes while a tree is suspended is not made up for; a record that comes or goes is noticed when
-/// its device is announced the next time.
+/// changes while a tree is suspended is not made up for; a record that comes or goes is noticed
+/// when its device is announced the next time.
 class History {
  public:
   /// What one tree has been through since it was last built from scratch.

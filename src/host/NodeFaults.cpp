@@ -82,8 +82,9 @@ std::string whyNotLeftOver(std::string_view name) {
 }
 
 std::string whyReadOnly(const Node& node) {
-  return concat({"\"", node.parent == nullptr ? qualifiedName(node) : node.name,
-                 "\" is state that the translation alone writes; it cannot be changed from outside"});
+  return concat(
+      {"\"", node.parent == nullptr ? qualifiedName(node) : node.name,
+       "\" is state that the translation alone writes; it cannot be changed from outside"});
 }
 
 std::string_view withoutModule(const Node& parent, std::string_view name) {

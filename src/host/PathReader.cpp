@@ -34,8 +34,8 @@ bool hasEntries(const Node& node) {
 /// The container that has this name without its module; null when there is none.
 const Node* withModule(std::string_view name) {
   const auto& tops = Schema::instance().tops();
-  const auto at = std::ranges::find_if(
-      tops, [&](const Node* top) { return !top->state && top->name == name; });
+  const auto at =
+      std::ranges::find_if(tops, [&](const Node* top) { return !top->state && top->name == name; });
   return at == tops.end() ? nullptr : *at;
 }
 
@@ -140,8 +140,8 @@ bool PathReader::predicate(Key& key) {
   skipBlanks();
   key.name = withoutBlanks(name("=]"));
   if (here() != '=') {
-    const bool position = !key.name.empty() && key.name.find_first_not_of("0123456789") ==
-                                                   std::string_view::npos;
+    const bool position =
+        !key.name.empty() && key.name.find_first_not_of("0123456789") == std::string_view::npos;
     return fail(text_.substr(begin, std::max<std::size_t>(1, at_ - begin)),
                 position ? "an entry is named by its key, not by its position"
                          : "expected a key and its value, such as [name='web']");
@@ -178,12 +178,11 @@ bool PathReader::keyText(Key& key) {
   return true;
 }
 
-bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value,
-                        std::size_t& seen) {
+bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value, std::size_t& seen) {
   if (node.kind == Node::Kind::leafList) {
     if (key.name != "." || seen != 0) {
-      return fail(key.name, concat({"an entry of ", node.name, " is named by its value alone: ",
-                                    example(node)}));
+      return fail(key.name, concat({"an entry of ", node.name,
+                                    " is named by its value alone: ", example(node)}));
     }
     seen = 1;
     return scalars_.readPlain(node, key.text, value.get()) || fail(key.text, scalars_.why());
@@ -191,10 +190,10 @@ bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value,
   std::size_t hint = 0;
   const Node* const leaf = node.child(withoutModule(node, key.name), hint);
   if (leaf == nullptr || !leaf->isKey()) {
-    return fail(key.name, leaf == nullptr ? concat({whyNoNode(node, key.name), "; write ",
-                                                    example(node)})
-                                          : concat({"\"", key.name, "\" is no key of ", node.name,
-                                                    "; write ", example(node)}));
+    return fail(key.name, leaf == nullptr
+                              ? concat({whyNoNode(node, key.name), "; write ", example(node)})
+                              : concat({"\"", key.name, "\" is no key of ", node.name, "; write ",
+                                        example(node)}));
   }
   if ((seen >> leaf->position & 1U) != 0) {
     return fail(key.name, concat({"the key \"", leaf->name, "\" stands here twice"}));
@@ -215,7 +214,7 @@ bool PathReader::isComplete(const Node& node, std::string_view name, std::size_t
 }
 
 bool PathReader::fail(std::string_view where, std::string why) {
-  offset_ = where.empty() ? at_ : static_cast<std::size_t>(where.data() - text_.data());
+  offset_ = static_cast<std::size_t>(where.data() - text_.data());
   length_ = where.size();
   why_ = std::move(why);
   return false;
@@ -228,6 +227,8 @@ std::string_view PathReader::name(std::string_view ends) {
   return text_.substr(begin, at_ - begin);
 }
 
-void PathReader::skipBlanks() { at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size()); }
+void PathReader::skipBlanks() {
+  at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size());
+}
 
 }  // namespace Host

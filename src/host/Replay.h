@@ -17,8 +17,8 @@ struct ReplayRequest {
   bool start = true;
 };
 
-/// Replays a change log on the trees, with a clock of its own, and prints the answers. Documents and
-/// a log that is a file are checked whole before anything is done. Raises OutputError.
+/// Replays a change log on the trees, with a clock of its own, and prints the answers. Documents
+/// and a log that is a file are checked whole before anything is done. Raises OutputError.
 int replay(const ReplayRequest& request, const RunOptions& options, const Console& console);
 
 }  // namespace Host

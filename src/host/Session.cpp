@@ -58,13 +58,12 @@ std::optional<std::string> Session::whyRefused(const Change& change, TreeCursor&
   }
   for (const TreePath& path : change.notifies) {
     if (!forecast.objectExists(path)) {
-      return concat({"nothing to notify of at ", pathOf(stepsOf(path)),
-                     ": what it belongs to is not there"});
+      return concat(
+          {"nothing to notify of at ", pathOf(stepsOf(path)), ": what it belongs to is not there"});
     }
   }
   if (change.control) {
-    std::string why =
-        translation_.whyNot(*change.control, change.policies, change.serviceDevices);
+    std::string why = translation_.whyNot(*change.control, change.policies, change.serviceDevices);
     if (!why.empty()) {
       return why;
     }

@@ -6,8 +6,8 @@
 #include "host/Audit.h"
 #include "host/Change.h"
 #include "host/Statistics.h"
-#include "host/TreeCursor.h"
 #include "host/Translation.h"
+#include "host/TreeCursor.h"
 #include "host/VirtualClock.h"
 
 namespace Host {

@@ -17,8 +17,7 @@ std::string textOf(const Kel::ValueType& type, const void* value) {
 }
 
 const void* keyOf(const Node& node, const Kel::PtrInterface& entry) {
-  return node.kind == Node::Kind::list ? node.children.front()->row->find(entry, nullptr)
-                                       : nullptr;
+  return node.kind == Node::Kind::list ? node.children.front()->row->find(entry, nullptr) : nullptr;
 }
 
 /// The node of version 1 that `node2` is made from; null: from none.

@@ -193,10 +193,10 @@ class SyntaxCheck {
     const std::string line =
         what_ == "line" ? "" : concat({"line ", std::to_string(place.line), ", "});
     fail(last + 1, 0,
-         open_.empty() ? concat({"the ", what_, " ends here; expected a value"})
-                       : concat({"the ", what_, " ends inside the ",
-                                 inObject() ? "object" : "array", " that begins at ", line,
-                                 "column ", std::to_string(place.column)}));
+         open_.empty()
+             ? concat({"the ", what_, " ends here; expected a value"})
+             : concat({"the ", what_, " ends inside the ", inObject() ? "object" : "array",
+                       " that begins at ", line, "column ", std::to_string(place.column)}));
   }
 
   std::string_view text_;

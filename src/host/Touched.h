@@ -10,9 +10,10 @@ namespace Host {
 
 /// What a burst of changes has touched.
 ///
-/// First of all, the policies and VRFs of version 1 in which it has changed something: they are those list entries that carry the signal of version 1, a `timestamp`. They are kept by
-/// their keys, in the order of the trees and then of the keys, so that the same burst ends with the
-/// same signals in the same order, however it came about.
+/// First of all, the policies and VRFs of version 1 in which it has changed something: they are
+/// those list entries that carry the signal of version 1, a `timestamp`. They are kept by their
+/// keys, in the order of the trees and then of the keys, so that the same burst ends with the same
+/// signals in the same order, however it came about.
 class Touched {
  public:
   /// Whether the entries of this list carry the signal.

@@ -41,8 +41,9 @@ Translation::State Translation::serviceDevices() const { return stateOf(serviceD
 
 std::string Translation::whyNot(Verb verb, bool ofPolicies, bool ofServiceDevices) const {
   const std::string why = ofPolicies ? whyNotOne(verb, policies().running, "policy") : "";
-  return why.empty() && ofServiceDevices ? whyNotOne(verb, serviceDevices().running, "service-device")
-                                       : why;
+  return why.empty() && ofServiceDevices
+             ? whyNotOne(verb, serviceDevices().running, "service-device")
+             : why;
 }
 
 void Translation::controlPolicies(Verb verb) {

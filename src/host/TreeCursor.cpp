@@ -104,9 +104,8 @@ TreePath TreeCursor::pathTo(std::size_t depth) const {
   TreePath path;
   for (std::size_t i = 0; i < depth; ++i) {
     const Place& place = places_[i];
-    path.push_back({place.node, place.key == nullptr
-                                    ? nullptr
-                                    : copyOf(place.node->row->key(), place.key)});
+    path.push_back(
+        {place.node, place.key == nullptr ? nullptr : copyOf(place.node->row->key(), place.key)});
   }
   return path;
 }

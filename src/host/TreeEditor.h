@@ -14,7 +14,8 @@ namespace Host {
 /// - Where one set of entries gives way to another, first those go that are too many, in the order
 ///   of their keys, then those come that are new, in the order of the line. What is on both sides
 ///   is neither written nor announced.
-/// - Deliberate: a replace leaves the `timestamp` of a policy or VRF alone unless the value has one.
+/// - Deliberate: a replace leaves the `timestamp` of a policy or VRF alone unless the value has
+/// one.
 ///   It is a signal and no configuration; removing it would announce the end of a burst in its
 ///   midst.
 class TreeEditor {

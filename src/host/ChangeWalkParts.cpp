@@ -1,4 +1,4 @@
-#include "host/ChangeReader.h"
+#include "host/ChangeWalk.h"
 #include "host/Concat.h"
 #include "host/JsonText.h"
 #include "host/Report.h"
@@ -21,7 +21,7 @@ std::size_t rawOffset(std::string_view raw, std::size_t offset) {
 
 }  // namespace
 
-void ChangeReader::each(Value value, const Each& element) {
+void ChangeWalk::each(Value value, const Each& element) {
   if (!is(JsonKind::array, value)) {
     return;
   }
@@ -33,7 +33,7 @@ void ChangeReader::each(Value value, const Each& element) {
   }
 }
 
-bool ChangeReader::path(Value value, TreePath& path) {
+bool ChangeWalk::path(Value value, TreePath& path) {
   if (!is(JsonKind::text, value)) {
     return false;
   }
@@ -47,17 +47,16 @@ bool ChangeReader::path(Value value, TreePath& path) {
   return false;
 }
 
-bool ChangeReader::is(JsonKind wanted, Value& value) {
+bool ChangeWalk::is(JsonKind wanted, Value& value) {
   const JsonKind found = tokens_.scalarOf(value).kind;
   if (found != wanted) {
-    fault(value.raw_json_token(),
-          concat({"expected ", nameOf(wanted), ", found ", nameOf(found)}));
+    fault(value.raw_json_token(), concat({"expected ", nameOf(wanted), ", found ", nameOf(found)}));
   }
   return found == wanted;
 }
 
 /// What a JSON text stands for; valid until the next call.
-std::string_view ChangeReader::text(Value& value) {
+std::string_view ChangeWalk::text(Value& value) {
   const std::string_view raw = tokens_.scalarOf(value).raw;
   if (raw.find('\\') == std::string_view::npos) {
     return raw;
@@ -69,7 +68,7 @@ std::string_view ChangeReader::text(Value& value) {
   return unescaped_;
 }
 
-bool ChangeReader::isFirst(std::string_view name, std::size_t index, std::uint64_t& seen) {
+bool ChangeWalk::isFirst(std::string_view name, std::size_t index, std::uint64_t& seen) {
   const std::uint64_t bit = std::uint64_t{1} << index;
   if ((seen & bit) != 0) {
     fault(quoted(name), concat({"this object has had \"", name, "\" already"}));
@@ -79,7 +78,7 @@ bool ChangeReader::isFirst(std::string_view name, std::size_t index, std::uint64
   return true;
 }
 
-void ChangeReader::fault(std::string_view where, std::string message, const TreePath& path) {
+void ChangeWalk::fault(std::string_view where, std::string message, const TreePath& path) {
   const std::vector<Step> steps = stepsOf(path);
   faults_.push_back(
       {tokens_.offsetOf(where), underlined(where), std::move(message), pathOf(steps)});
