@@ -35,10 +35,10 @@ class Watch {
     if (observer == nullptr) {
       observer = std::make_unique<Kel::Observer>(
           entity, [this, &entity](Kel::AttrId /*id*/, const void* /*key*/) {
-            forEachChild(entity, [this](const auto& child) { follow(child); });
+            forEachChild(entity, [this](const auto& child) { this->follow(child); });
             function_(++count_);
           });
-      forEachChild(entity, [this](const auto& child) { follow(child); });
+      forEachChild(entity, [this](const auto& child) { this->follow(child); });
     }
   }
 

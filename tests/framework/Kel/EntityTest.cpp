@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -214,6 +215,35 @@ TEST_F(EntityLaws, AnExceptionOfAnObserverLeavesTheChangeInPlace) {
   EXPECT_EQ(whole->count(), 2U);
   EXPECT_THROW(whole->partDel("p"), std::runtime_error);
   EXPECT_EQ(whole->part("p"), nullptr);
+}
+
+TEST(EntityEnd, MayComeAtAnyNotificationOfTheRemovalOfAll) {
+  using Removal = void (Whole::*)();
+  for (const Removal removal :
+       {&Whole::partDelAll, &Whole::stepDelAll, &Whole::numberDelAll, &Whole::labelDelAll}) {
+    for (int nth = 1; nth != 4; ++nth) {
+      auto whole = Whole::WholeIs();
+      for (const std::uint32_t number : {1U, 2U, 3U}) {
+        whole->partIs(std::to_string(number));
+        whole->stepIs(Rank{number});
+        whole->numberIs(number);
+        whole->labelIs(std::to_string(number), "x");
+      }
+      int calls = 0;
+      std::unique_ptr<Observer> observer;
+      observer = std::make_unique<Observer>(*whole, [&](AttrId, const void*) {
+        if (++calls == nth) {
+          whole.reset();
+          observer.reset();
+        }
+      });
+      (whole.get()->*removal)();
+      EXPECT_EQ(calls, nth);
+      EXPECT_EQ(whole, nullptr);
+    }
+  }
+  EXPECT_EQ(slabOf<Whole>().live(), 0U);
+  EXPECT_EQ(slabOf<Part>().live(), 0U);
 }
 
 TEST_F(EntityLaws, ANewEntityIsSwitchedOnAndHasOneOwnerEach) {

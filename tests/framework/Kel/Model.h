@@ -24,6 +24,13 @@ struct Rank {
 void kelAppend(std::string& out, Rank rank);
 bool kelParse(std::string_view text, Rank& rank, std::string& why);
 
+}  // namespace Model
+
+template <>
+const Kel::ValueType& Kel::valueTypeOf<Model::Rank>();
+
+namespace Model {
+
 class Leaf final : public Kel::Entity<Leaf, Type::leaf> {
  public:
   static constexpr const char* kelTypeName() { return "Model::Leaf"; }
