@@ -39,7 +39,7 @@ class BothTraces {
  public:
   /// The lines since the last call as "<level> <message>".
   Lines take() {
-    const Lines text = text_.take();
+    Lines text = text_.take();
     EXPECT_EQ(ring_.take(), text) << "the binary trace differs from the text trace";
     return text;
   }
@@ -95,7 +95,7 @@ class ServiceDeviceTest : public testing::Test {
   /// Version 1 of one VRF of fw1 with one interface and one subnet, and its network VRF name.
   Ptr<VelaL3::VrfConfig> fillVrf(const char* vrf = "red", const char* netVrfName = "net-red",
                                  const char* address = "10.0.0.1") const {
-    const auto vrfV1 = deviceV1()->vrfIs(VrfName(vrf));
+    auto vrfV1 = deviceV1()->vrfIs(VrfName(vrf));
     vrfV1->l3IntfIs(IpGenAddr(address))->reachableSubnetIs(IpGenPrefix("10.1.0.0/16"));
     record->netVrfNameByVrfIs(vrf, netVrfName);
     return vrfV1;

@@ -11,7 +11,7 @@
 #include "Kel/Attributes.h"
 #include "KelBrix/LegacyNotifiee.h"
 
-namespace {
+namespace LegacyNotifieeTests {
 
 using Kel::AttrId;
 using KelBrix::iteratorLegacyNotifiee;
@@ -217,4 +217,4 @@ TEST_F(LegacyNotifieeGlue, AnObjectWithoutAListIsNotWatched) {
   EXPECT_EQ(take(), Lines{});
 }
 
-}  // namespace
+}  // namespace LegacyNotifieeTests
