@@ -1,8 +1,7 @@
-#include "policy/Conversions.h"
-
 #include <gtest/gtest.h>
 
 #include "Norv/Norv.h"
+#include "policy/Conversions.h"
 
 namespace VelaPolicyMonitor {
 namespace {
@@ -21,12 +20,12 @@ TEST(Conversions, ActionsMapToTheActionsOfTheSameName) {
 
 TEST(Conversions, ModifiersMapByOrdinalBothWays) {
   for (std::uint8_t ordinal = 0; ordinal < 2; ++ordinal) {
-    EXPECT_EQ(static_cast<std::uint8_t>(
-                  toVelaL3V2PolicyModifier(VelaL3::VelaPolicyModifier{ordinal})),
-              ordinal);
-    EXPECT_EQ(static_cast<std::uint8_t>(
-                  toVelaL3V1PolicyModifier(VelaL3V2::VelaPolicyModifier{ordinal})),
-              ordinal);
+    EXPECT_EQ(
+        static_cast<std::uint8_t>(toVelaL3V2PolicyModifier(VelaL3::VelaPolicyModifier{ordinal})),
+        ordinal);
+    EXPECT_EQ(
+        static_cast<std::uint8_t>(toVelaL3V1PolicyModifier(VelaL3V2::VelaPolicyModifier{ordinal})),
+        ordinal);
   }
 }
 
@@ -53,9 +52,10 @@ TEST(ConversionsDeathTest, AVersionOneModifierOutsideTheEnumerationStopsTheProce
 }
 
 TEST(ConversionsDeathTest, AVersionTwoModifierOutsideTheEnumerationStopsTheProcess) {
-  EXPECT_DEATH(toVelaL3V1PolicyModifier(VelaL3V2::VelaPolicyModifier{2}),
-               "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
-               "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
+  EXPECT_DEATH(
+      toVelaL3V1PolicyModifier(VelaL3V2::VelaPolicyModifier{2}),
+      "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
+      "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
 }
 
 TEST(Conversions, AnAddressRangeIsCopiedUncheckedBothWays) {

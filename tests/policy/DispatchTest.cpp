@@ -83,14 +83,15 @@ TEST_F(PolicyDispatch, ThePerVrfMachineReactsToRulesAndToTheSignal) {
 }
 
 TEST_F(PolicyDispatch, ThePerRuleMachineReactsToOriginsOnly) {
-  EXPECT_EQ(idsThatAct(perRule, *ruleV1(), [&](AttrId id) { return id == 261 ? &origin : nullptr; }),
-            (std::set<int>{261}));
+  EXPECT_EQ(
+      idsThatAct(perRule, *ruleV1(), [&](AttrId id) { return id == 261 ? &origin : nullptr; }),
+      (std::set<int>{261}));
 }
 
 TEST_F(PolicyDispatch, ThePerOriginMachineReactsToFiveAttributes) {
-  EXPECT_EQ(
-      idsThatAct(perOrigin, *originV1(), [&](AttrId id) { return id == 261 ? &modifier : nullptr; }),
-      (std::set<int>{259, 261, 263, 264, 265}));
+  EXPECT_EQ(idsThatAct(perOrigin, *originV1(),
+                       [&](AttrId id) { return id == 261 ? &modifier : nullptr; }),
+            (std::set<int>{259, 261, 263, 264, 265}));
 }
 
 TEST_F(PolicyDispatch, TheMatchMachineReactsToSevenSets) {

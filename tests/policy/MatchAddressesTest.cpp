@@ -125,14 +125,11 @@ TEST_F(MatchAddresses, KeyedHandlersHaveNoEntryLine) {
   v1->dstIpDel(kR);
   const std::string src = "handleSrcIp(const Norv::IpGenPrefix&)";
   const std::string dst = "handleDstIp(const Norv::IpGenPrefix&)";
-  EXPECT_EQ(traces.take(), (Lines{kMatch(6, src + " add src ip: 10.1.0.0/16"),
-                                  kMatch(7, src + " return"),
-                                  kMatch(6, src + " remove src ip: 10.1.0.0/16"),
-                                  kMatch(7, src + " return"),
-                                  kMatch(6, dst + " add dst ip: 2001:db8::/32"),
-                                  kMatch(7, dst + " return"),
-                                  kMatch(6, dst + " remove dst ip: 2001:db8::/32"),
-                                  kMatch(7, dst + " return")}));
+  EXPECT_EQ(traces.take(),
+            (Lines{kMatch(6, src + " add src ip: 10.1.0.0/16"), kMatch(7, src + " return"),
+                   kMatch(6, src + " remove src ip: 10.1.0.0/16"), kMatch(7, src + " return"),
+                   kMatch(6, dst + " add dst ip: 2001:db8::/32"), kMatch(7, dst + " return"),
+                   kMatch(6, dst + " remove dst ip: 2001:db8::/32"), kMatch(7, dst + " return")}));
 }
 
 TEST_F(MatchAddresses, ARangePrintsWithItsLabelSoThatTwoBlanksPrecedeIt) {
@@ -144,18 +141,17 @@ TEST_F(MatchAddresses, ARangePrintsWithItsLabelSoThatTwoBlanksPrecedeIt) {
   v1->dstIpRangeDel(kRange1);
   const std::string src = "handleSrcIpRange(const VelaL3::VelaIpRange&)";
   const std::string dst = "handleDstIpRange(const VelaL3::VelaIpRange&)";
-  EXPECT_EQ(
-      traces.take(),
-      (Lines{
-          kMatch(6, src + " add src ip range:  IP range: 10.1.0.1-10.1.0.9"),
-          kMatch(7, src + " return"),
-          kMatch(6, src + " remove src ip range:  IP range: 10.1.0.1-10.1.0.9"),
-          kMatch(7, src + " return"),
-          kMatch(6, dst + " add dst ip range:  IP range: 10.1.0.1-10.1.0.9"),
-          kMatch(7, dst + " return"),
-          kMatch(6, dst + " remove dst ip range:  IP range: 10.1.0.1-10.1.0.9"),
-          kMatch(7, dst + " return"),
-      }));
+  EXPECT_EQ(traces.take(),
+            (Lines{
+                kMatch(6, src + " add src ip range:  IP range: 10.1.0.1-10.1.0.9"),
+                kMatch(7, src + " return"),
+                kMatch(6, src + " remove src ip range:  IP range: 10.1.0.1-10.1.0.9"),
+                kMatch(7, src + " return"),
+                kMatch(6, dst + " add dst ip range:  IP range: 10.1.0.1-10.1.0.9"),
+                kMatch(7, dst + " return"),
+                kMatch(6, dst + " remove dst ip range:  IP range: 10.1.0.1-10.1.0.9"),
+                kMatch(7, dst + " return"),
+            }));
 }
 
 TEST_F(MatchAddresses, WalksTraceTheirAdditionsAndRemovalsAtTheLevelOfEntryLines) {
@@ -171,14 +167,13 @@ TEST_F(MatchAddresses, WalksTraceTheirAdditionsAndRemovalsAtTheLevelOfEntryLines
   BothTraces traces;
   sm->handleSrcIp();
   sm->handleDstIp();
-  EXPECT_EQ(traces.take(), (Lines{kMatch(8, "handleSrcIp()"),
-                                  kMatch(8, "handleSrcIp() remove src ip: 2001:db8::/32"),
-                                  kMatch(8, "handleSrcIp() add src ip: 10.1.0.0/16"),
-                                  kMatch(7, "handleSrcIp() return"),
-                                  kMatch(8, "handleDstIp()"),
-                                  kMatch(8, "handleDstIp() remove dst ip: 2001:db8::/32"),
-                                  kMatch(8, "handleDstIp() add dst ip: 10.1.0.0/16"),
-                                  kMatch(7, "handleDstIp() return")}));
+  EXPECT_EQ(
+      traces.take(),
+      (Lines{kMatch(8, "handleSrcIp()"), kMatch(8, "handleSrcIp() remove src ip: 2001:db8::/32"),
+             kMatch(8, "handleSrcIp() add src ip: 10.1.0.0/16"), kMatch(7, "handleSrcIp() return"),
+             kMatch(8, "handleDstIp()"), kMatch(8, "handleDstIp() remove dst ip: 2001:db8::/32"),
+             kMatch(8, "handleDstIp() add dst ip: 10.1.0.0/16"),
+             kMatch(7, "handleDstIp() return")}));
   sm->handleSrcIpRange();
   sm->handleDstIpRange();
   const std::string stale = " IP range: 10.9.0.1-10.9.0.9";
@@ -187,8 +182,7 @@ TEST_F(MatchAddresses, WalksTraceTheirAdditionsAndRemovalsAtTheLevelOfEntryLines
             (Lines{kMatch(8, "handleSrcIpRange()"),
                    kMatch(8, "handleSrcIpRange() remove src ip range: " + stale),
                    kMatch(8, "handleSrcIpRange() add src ip range: " + range),
-                   kMatch(7, "handleSrcIpRange() return"),
-                   kMatch(8, "handleDstIpRange()"),
+                   kMatch(7, "handleSrcIpRange() return"), kMatch(8, "handleDstIpRange()"),
                    kMatch(8, "handleDstIpRange() remove dst ip range: " + stale),
                    kMatch(8, "handleDstIpRange() add dst ip range: " + range),
                    kMatch(7, "handleDstIpRange() return")}));

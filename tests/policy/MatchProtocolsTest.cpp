@@ -47,28 +47,27 @@ TEST_F(MatchProtocols, TheSetsAreReconciledInTheirOrderAndEachIsPrunedBeforeItGr
   v1->dstL4AppRangeIs({17, 18, 6});
   noted();
   sm = VelaPolicyMonitor::policyTranslateMatchSmFactory(v1, v2, cookie);
-  EXPECT_EQ(noted(),
-            (Lines{"-1.0.0.0/8", "+11.0.0.0/8", "- IP range: 2.0.0.1-2.0.0.2",
-                   "+ IP range: 12.0.0.1-12.0.0.2", "-3.0.0.0/8", "+13.0.0.0/8",
-                   "- IP range: 4.0.0.1-4.0.0.2", "+ IP range: 14.0.0.1-14.0.0.2", "-5", "+15",
-                   "attribute " + std::to_string(MatchV2::dstL4AppAttr.id),
-                   "attribute " + std::to_string(MatchV2::dstL4AppRangeAttr.id)}));
+  EXPECT_EQ(noted(), (Lines{"-1.0.0.0/8", "+11.0.0.0/8", "- IP range: 2.0.0.1-2.0.0.2",
+                            "+ IP range: 12.0.0.1-12.0.0.2", "-3.0.0.0/8", "+13.0.0.0/8",
+                            "- IP range: 4.0.0.1-4.0.0.2", "+ IP range: 14.0.0.1-14.0.0.2", "-5",
+                            "+15", "attribute " + std::to_string(MatchV2::dstL4AppAttr.id),
+                            "attribute " + std::to_string(MatchV2::dstL4AppRangeAttr.id)}));
   EXPECT_TRUE(cookie->updated());
 }
 
 TEST_F(MatchProtocols, OfAnInitializationOverNothingTheLinesAreThoseOfSevenWalks) {
   BothTraces traces;
   sm = VelaPolicyMonitor::policyTranslateMatchSmFactory(v1, v2, cookie);
-  EXPECT_EQ(traces.take(),
-            (Lines{kMatch(8, "handleInitialized()"), kMatch(8, "handleSrcIp()"),
-                   kMatch(7, "handleSrcIp() return"), kMatch(8, "handleSrcIpRange()"),
-                   kMatch(7, "handleSrcIpRange() return"), kMatch(8, "handleDstIp()"),
-                   kMatch(7, "handleDstIp() return"), kMatch(8, "handleDstIpRange()"),
-                   kMatch(7, "handleDstIpRange() return"), kMatch(8, "handleL3App()"),
-                   kMatch(7, "handleL3App() return"), kMatch(8, "handleDstL4App()"),
-                   kMatch(7, "handleDstL4App() return"), kMatch(8, "handleDstL4AppRange()"),
-                   kMatch(7, "handleDstL4AppRange() return"),
-                   kMatch(7, "handleInitialized() return")}));
+  EXPECT_EQ(
+      traces.take(),
+      (Lines{kMatch(8, "handleInitialized()"), kMatch(8, "handleSrcIp()"),
+             kMatch(7, "handleSrcIp() return"), kMatch(8, "handleSrcIpRange()"),
+             kMatch(7, "handleSrcIpRange() return"), kMatch(8, "handleDstIp()"),
+             kMatch(7, "handleDstIp() return"), kMatch(8, "handleDstIpRange()"),
+             kMatch(7, "handleDstIpRange() return"), kMatch(8, "handleL3App()"),
+             kMatch(7, "handleL3App() return"), kMatch(8, "handleDstL4App()"),
+             kMatch(7, "handleDstL4App() return"), kMatch(8, "handleDstL4AppRange()"),
+             kMatch(7, "handleDstL4AppRange() return"), kMatch(7, "handleInitialized() return")}));
   EXPECT_FALSE(cookie->updated());
 }
 
@@ -91,10 +90,10 @@ TEST_F(MatchProtocols, OfAnApplicationTheOnlyLinesAreThoseOfEntryAndExit) {
   v1->dstL4AppRangeDel({1, 2, 6});
   const std::string app = "handleDstL4App(VelaL3::VelaL4App)";
   const std::string range = "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)";
-  EXPECT_EQ(traces.take(), (Lines{kMatch(8, app), kMatch(7, app + " return"), kMatch(8, range),
-                                  kMatch(7, range + " return"), kMatch(8, app),
-                                  kMatch(7, app + " return"), kMatch(8, range),
-                                  kMatch(7, range + " return")}));
+  EXPECT_EQ(traces.take(),
+            (Lines{kMatch(8, app), kMatch(7, app + " return"), kMatch(8, range),
+                   kMatch(7, range + " return"), kMatch(8, app), kMatch(7, app + " return"),
+                   kMatch(8, range), kMatch(7, range + " return")}));
 }
 
 TEST_F(MatchProtocols, OfAWalkOverApplicationsThatDifferTheOnlyLinesAreThoseOfEntryAndExit) {

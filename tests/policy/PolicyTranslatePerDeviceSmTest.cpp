@@ -1,5 +1,4 @@
 #include "policy/PolicyTranslatePerDeviceSm.h"
-
 #include "policy/PolicyWorld.h"
 
 namespace PolicyTests {

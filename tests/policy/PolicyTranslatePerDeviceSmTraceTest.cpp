@@ -12,9 +12,9 @@ class PolicyTranslatePerDeviceTrace : public PolicyWorld {
     return VelaPolicyMonitor::policyTranslatePerDeviceSmFactory("fw1", setV1(), setV2(), record);
   }
   /// What a VRF without rules writes while it is made: nothing was marked, so there is no update.
-  const Lines emptyVrfMade{
-      kVrf(8, "handleInitialized() VRF name: red"), kVrf(8, "handleRule() VRF name: red"),
-      kVrf(7, "handleRule()return"), kVrf(7, "handleInitialized()return")};
+  const Lines emptyVrfMade{kVrf(8, "handleInitialized() VRF name: red"),
+                           kVrf(8, "handleRule() VRF name: red"), kVrf(7, "handleRule()return"),
+                           kVrf(7, "handleInitialized()return")};
   const Lines vrfCleanedUp{kVrf(8, "cleanup() VRF name: red"), kVrf(7, "cleanup()return")};
 };
 
@@ -76,10 +76,9 @@ TEST_F(PolicyTranslatePerDeviceTrace, OfAnUnmappedVrfIsThatOfARemoval) {
   const auto sm = make();
   BothTraces traces;
   policyV1();
-  EXPECT_EQ(traces.take(),
-            (Lines{kDevice(8, "handleVrf(const String&) Device: fw1 VRF name: red"),
-                   kDevice(6, "handleVrf(const String&) Device: fw1 remove VRF red"),
-                   kDevice(7, "handleVrf(const String&)return")}));
+  EXPECT_EQ(traces.take(), (Lines{kDevice(8, "handleVrf(const String&) Device: fw1 VRF name: red"),
+                                  kDevice(6, "handleVrf(const String&) Device: fw1 remove VRF red"),
+                                  kDevice(7, "handleVrf(const String&)return")}));
 }
 
 TEST_F(PolicyTranslatePerDeviceTrace, OfANewNetworkNameHasNoLineForTheOldOne) {

@@ -63,7 +63,8 @@ TEST_F(PolicyTranslatePerOriginModifiers, AKeyThatIsOnNeitherSideMarksAllTheSame
   EXPECT_TRUE(cookie->updated());
 }
 
-TEST_F(PolicyTranslatePerOriginModifiers, AKeyInVersionOneAloneIsInsertedAndInVersionTwoAloneRemoved) {
+TEST_F(PolicyTranslatePerOriginModifiers,
+       AKeyInVersionOneAloneIsInsertedAndInVersionTwoAloneRemoved) {
   make();
   sm->hasNotificationActiveIs(false);
   v1->policyModifierSetIs(ModifierV1::stateless);
@@ -154,12 +155,14 @@ TEST_F(PolicyTranslatePerOriginModifiersDeathTest, AnAbsentKeyOutsideTheEnumerat
                "toVelaL3V2PolicyModifier.*assertion \"false\" failed: Should not be here");
 }
 
-TEST_F(PolicyTranslatePerOriginModifiersDeathTest, AVersionTwoEntryOutsideTheEnumerationStopsAWalk) {
+TEST_F(PolicyTranslatePerOriginModifiersDeathTest,
+       AVersionTwoEntryOutsideTheEnumerationStopsAWalk) {
   make();
   v2->policyModifierSetIs(ModifierV2{2});
-  EXPECT_DEATH(sm->handleModifier(),
-               "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
-               "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
+  EXPECT_DEATH(
+      sm->handleModifier(),
+      "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
+      "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include "policy/PolicyTranslatePerOriginSm.h"
-
 #include "policy/PolicyWorld.h"
 
 namespace PolicyTests {
@@ -8,9 +7,7 @@ namespace {
 /// A machine between the origins of one name, without the levels above.
 class PolicyTranslatePerOrigin : public PolicyWorld {
  protected:
-  void make() {
-    sm = VelaPolicyMonitor::policyTranslatePerOriginSmFactory("web", v1, v2, cookie);
-  }
+  void make() { sm = VelaPolicyMonitor::policyTranslatePerOriginSmFactory("web", v1, v2, cookie); }
   /// Whether the cookie was marked since the last call.
   bool marked() const {
     const bool was = cookie->updated();
@@ -114,9 +111,8 @@ TEST_F(PolicyTranslatePerOrigin, AMatchThatComesGetsItsEntryBeforeItsMachine) {
   make();
   EXPECT_FALSE(sm->matchSm());
   EXPECT_FALSE(v2->match());
-  const Observer watch(*v2, [&](AttrId, const void*) {
-    note(sm->matchSm() ? "machine" : "no machine");
-  });
+  const Observer watch(
+      *v2, [&](AttrId, const void*) { note(sm->matchSm() ? "machine" : "no machine"); });
   v1->matchIs();
   EXPECT_EQ(noted(), Lines{"no machine"});
   EXPECT_EQ(sm->matchSm()->matchV1(), v1->match());

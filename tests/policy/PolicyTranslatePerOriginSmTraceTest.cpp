@@ -31,18 +31,16 @@ TEST_F(PolicyTranslatePerOriginTrace, OfAnInitializationWithoutMatchHasBothLines
   v1->logIs(true);
   BothTraces traces;
   make();
-  EXPECT_EQ(traces.take(), (Lines{kOrigin(8, "handleInitialized() policy: web"),
-                                  kOrigin(8, "handleModifier() policy: web"),
-                                  kOrigin(7, "handleModifier() return"),
-                                  kOrigin(8, "handleMatch() policy: web"),
-                                  kOrigin(7, "handleMatch() return"),
-                                  kOrigin(8, "handleTags() policy: web"),
-                                  kOrigin(7, "handleTags() return"),
-                                  kOrigin(8, "handleAction() policy: web action: drop"),
-                                  kOrigin(7, "handleAction() return"),
-                                  kOrigin(8, "handleLog() policy: web policyV1Log: true"),
-                                  kOrigin(7, "handleLog() return"),
-                                  kOrigin(7, "handleInitialized() return")}));
+  EXPECT_EQ(
+      traces.take(),
+      (Lines{kOrigin(8, "handleInitialized() policy: web"),
+             kOrigin(8, "handleModifier() policy: web"), kOrigin(7, "handleModifier() return"),
+             kOrigin(8, "handleMatch() policy: web"), kOrigin(7, "handleMatch() return"),
+             kOrigin(8, "handleTags() policy: web"), kOrigin(7, "handleTags() return"),
+             kOrigin(8, "handleAction() policy: web action: drop"),
+             kOrigin(7, "handleAction() return"),
+             kOrigin(8, "handleLog() policy: web policyV1Log: true"),
+             kOrigin(7, "handleLog() return"), kOrigin(7, "handleInitialized() return")}));
 }
 
 TEST_F(PolicyTranslatePerOriginTrace, OfAMatchThatComesItsMachinesLinesLieBetween) {
@@ -73,11 +71,10 @@ TEST_F(PolicyTranslatePerOriginTrace, OfTheLogFlagPrintsTheVersionOneFlag) {
   BothTraces traces;
   v1->logIs(true);
   v1->logIs(false);
-  EXPECT_EQ(traces.take(),
-            (Lines{kOrigin(8, "handleLog() policy: web policyV1Log: true"),
-                   kOrigin(7, "handleLog() return"),
-                   kOrigin(8, "handleLog() policy: web policyV1Log: false"),
-                   kOrigin(7, "handleLog() return")}));
+  EXPECT_EQ(traces.take(), (Lines{kOrigin(8, "handleLog() policy: web policyV1Log: true"),
+                                  kOrigin(7, "handleLog() return"),
+                                  kOrigin(8, "handleLog() policy: web policyV1Log: false"),
+                                  kOrigin(7, "handleLog() return")}));
 }
 
 TEST_F(PolicyTranslatePerOriginTrace, OfTheActionPrintsItsName) {

@@ -1,5 +1,4 @@
 #include "policy/PolicyTranslatePerRuleSm.h"
-
 #include "policy/PolicyWorld.h"
 
 namespace PolicyTests {
@@ -56,9 +55,8 @@ TEST_F(PolicyTranslatePerRule, GivesItsChildTheEntitiesOfBothSidesAndItsCookie) 
 
 TEST_F(PolicyTranslatePerRule, CreatesTheEntryBeforeTheChild) {
   make();
-  const Observer watch(*v2, [&](AttrId, const void*) {
-    note(sm->perOriginSm("web") ? "child" : "no child");
-  });
+  const Observer watch(
+      *v2, [&](AttrId, const void*) { note(sm->perOriginSm("web") ? "child" : "no child"); });
   v1->originIs("web");
   EXPECT_EQ(noted(), Lines{"no child"});
   EXPECT_TRUE(sm->perOriginSm("web"));

@@ -3,7 +3,8 @@
 namespace PolicyTests {
 namespace {
 
-/// Every line that the per-rule machine writes, branch by branch, byte for byte, on both facilities.
+/// Every line that the per-rule machine writes, branch by branch, byte for byte, on both
+/// facilities.
 class PolicyTranslatePerRuleTrace : public PolicyWorld {
  protected:
   Ptr<PolicyTranslatePerRuleSm> make() const {
@@ -39,9 +40,9 @@ TEST_F(PolicyTranslatePerRuleTrace, TheLinesAreMadeOfTheWholeSignatureAndThePiec
   sm->handleOrigin("gone");
   const std::string form =
       "void VelaPolicyMonitor::PolicyTranslatePerRuleSm::handleOrigin(const String&)";
-  EXPECT_EQ(traces.take(), (Lines{"8 " + form + " Rule priority: 20000 policy: gone",
-                                  "6 " + form + " priority: 20000 remove policy gone",
-                                  "7 " + form + "return"}));
+  EXPECT_EQ(traces.take(),
+            (Lines{"8 " + form + " Rule priority: 20000 policy: gone",
+                   "6 " + form + " priority: 20000 remove policy gone", "7 " + form + "return"}));
 }
 
 TEST_F(PolicyTranslatePerRuleTrace, OfAWalkThatDeletesOneOriginAndAddsOne) {
@@ -56,8 +57,8 @@ TEST_F(PolicyTranslatePerRuleTrace, OfAWalkThatDeletesOneOriginAndAddsOne) {
                      kRule(8, "handleOrigin(const String&) Rule priority: 20000 policy: a"),
                      kRule(6, "handleOrigin(const String&) priority: 20000 add policy a")},
                     originMade("a"),
-                    {kRule(7, "handleOrigin(const String&)return"), kRule(7, "handleOrigin()return"),
-                     kRule(7, "handleInitialized()return")}}));
+                    {kRule(7, "handleOrigin(const String&)return"),
+                     kRule(7, "handleOrigin()return"), kRule(7, "handleInitialized()return")}}));
 }
 
 TEST_F(PolicyTranslatePerRuleTrace, OfAnOriginThatIsThereAlready) {

@@ -122,7 +122,8 @@ TEST_F(PolicyTranslatePerVrfCookie, ASecondInitializationWithTheLowestPriorityAl
   EXPECT_EQ(child(10000), childBefore);
 }
 
-TEST_F(PolicyTranslatePerVrfCookie, AnInitializationThatFailsAfterCleanUpKeepsTheCookieOfItsChildren) {
+TEST_F(PolicyTranslatePerVrfCookie,
+       AnInitializationThatFailsAfterCleanUpKeepsTheCookieOfItsChildren) {
   sm->cleanup();
   sm->hasNotificationActiveIs(false);
   v1->ruleIs(p1(9999));

@@ -160,6 +160,21 @@ TEST_F(PolicyTranslatePerVrfNotifiees, MayAddARuleAgainFromInsideARemoval) {
   KelBrix::removeLegacyNotifiee(*sm, adding);
 }
 
+TEST_F(PolicyTranslatePerVrfNotifiees, AreToldOfAChildThatGaveWayToAnotherOfItsPriority) {
+  v1->ruleIs(p1(20000));
+  bool once = true;
+  const Observer watch(*v2, [&](AttrId, const void*) {
+    if (std::exchange(once, false)) {
+      v1->ruleDel(p1(20000));
+      v1->ruleIs(p1(20000));
+    }
+  });
+  noted();
+  v1->ruleIs(p1(15000));
+  EXPECT_EQ(sm->perRuleSm(p1(20000))->ruleV1(), v1->rule(p1(20000)));
+  EXPECT_EQ(noted(), (Lines{"134 value", "134 value"})) << "of 15000, then of 20000";
+}
+
 TEST_F(PolicyTranslatePerVrfNotifiees, CanBeVisitedAndIterated) {
   EXPECT_TRUE(KelBrix::iteratorLegacyNotifiee(*sm));
   KelBrix::visitLegacyNotifiee(*sm, PolicyTranslatePerVrfSm::cookieAttr.id, sm->cookie().get());

@@ -1,5 +1,4 @@
 #include "policy/PolicyTranslatePerVrfSm.h"
-
 #include "policy/PolicyWorld.h"
 
 namespace PolicyTests {
@@ -79,7 +78,8 @@ TEST_F(PolicyTranslatePerVrf, ChangesBelowTheLowestPriorityDoNotMarkButAreMirror
   EXPECT_TRUE(sm->cookie()->updated());
 }
 
-TEST_F(PolicyTranslatePerVrf, ANotificationOutsideTheRangeRaisesTheVersionTwoErrorAndChangesNothing) {
+TEST_F(PolicyTranslatePerVrf,
+       ANotificationOutsideTheRangeRaisesTheVersionTwoErrorAndChangesNothing) {
   make();
   for (const std::uint32_t value : {0U, 9999U, 30001U, 0xffffffffU}) {
     EXPECT_EQ(rangeErrorOf([&] { v1->ruleIs(p1(value)); }), kRangeV2);

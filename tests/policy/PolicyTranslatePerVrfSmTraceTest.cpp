@@ -10,10 +10,10 @@ class PolicyTranslatePerVrfTrace : public PolicyWorld {
     return VelaPolicyMonitor::policyTranslatePerVrfSmFactory(VrfName("red"), "net-red", v1, v2);
   }
   /// What a rule without origins writes while it is made, and when it goes.
-  const Lines emptyRuleMade{
-      kRule(8, "handleInitialized() Rule priority: 20000"),
-      kRule(8, "handleOrigin() Rule priority: 20000"), kRule(7, "handleOrigin()return"),
-      kRule(7, "handleInitialized()return")};
+  const Lines emptyRuleMade{kRule(8, "handleInitialized() Rule priority: 20000"),
+                            kRule(8, "handleOrigin() Rule priority: 20000"),
+                            kRule(7, "handleOrigin()return"),
+                            kRule(7, "handleInitialized()return")};
   const Lines ruleCleanedUp{kRule(8, "cleanup() Rule priority: 20000"),
                             kRule(7, "cleanup()return")};
 
@@ -28,18 +28,18 @@ TEST_F(PolicyTranslatePerVrfTrace, TheLinesAreMadeOfTheWholeSignatureAndThePiece
   sm->handleRule(p1(20000));
   const std::string form =
       "void VelaPolicyMonitor::PolicyTranslatePerVrfSm::handleRule(VelaL3::VelaPriority)";
-  EXPECT_EQ(traces.take(), (Lines{"8 " + form + " Rule: red priority: 20000",
-                                  "6 " + form + " VRF name: red remove priority 20000",
-                                  "7 " + form + "return"}));
+  EXPECT_EQ(traces.take(),
+            (Lines{"8 " + form + " Rule: red priority: 20000",
+                   "6 " + form + " VRF name: red remove priority 20000", "7 " + form + "return"}));
 }
 
 TEST_F(PolicyTranslatePerVrfTrace, OfAnEmptyPolicyHasNoUpdate) {
   BothTraces traces;
   const auto sm = make();
-  EXPECT_EQ(traces.take(), (Lines{kVrf(8, "handleInitialized() VRF name: red"),
-                                  kVrf(8, "handleRule() VRF name: red"),
-                                  kVrf(7, "handleRule()return"),
-                                  kVrf(7, "handleInitialized()return")}));
+  EXPECT_EQ(
+      traces.take(),
+      (Lines{kVrf(8, "handleInitialized() VRF name: red"), kVrf(8, "handleRule() VRF name: red"),
+             kVrf(7, "handleRule()return"), kVrf(7, "handleInitialized()return")}));
 }
 
 TEST_F(PolicyTranslatePerVrfTrace, OfAWalkThatDeletesOneRuleAndAddsOneAndStamps) {
@@ -62,12 +62,11 @@ TEST_F(PolicyTranslatePerVrfTrace, OfAddingARule) {
   const auto sm = make();
   BothTraces traces;
   v1->ruleIs(p1(20000));
-  EXPECT_EQ(
-      traces.take(),
-      joined({{kVrf(8, "handleRule(VelaL3::VelaPriority) Rule: red priority: 20000"),
-               kVrf(6, "handleRule(VelaL3::VelaPriority) VRF name: red add priority 20000")},
-              emptyRuleMade,
-              {kVrf(7, "handleRule(VelaL3::VelaPriority)return")}}));
+  EXPECT_EQ(traces.take(),
+            joined({{kVrf(8, "handleRule(VelaL3::VelaPriority) Rule: red priority: 20000"),
+                     kVrf(6, "handleRule(VelaL3::VelaPriority) VRF name: red add priority 20000")},
+                    emptyRuleMade,
+                    {kVrf(7, "handleRule(VelaL3::VelaPriority)return")}}));
 }
 
 TEST_F(PolicyTranslatePerVrfTrace, OfRemovingARule) {
@@ -141,9 +140,9 @@ TEST_F(PolicyTranslatePerVrfTrace, OfCleanUpHasAnExitLine) {
   const auto sm = make();
   BothTraces traces;
   sm->cleanup();
-  EXPECT_EQ(traces.take(), joined({{kVrf(8, "cleanup() VRF name: red")},
-                                   ruleCleanedUp,
-                                   {kVrf(7, "cleanup()return")}}));
+  EXPECT_EQ(
+      traces.take(),
+      joined({{kVrf(8, "cleanup() VRF name: red")}, ruleCleanedUp, {kVrf(7, "cleanup()return")}}));
 }
 
 TEST_F(PolicyTranslatePerVrfTrace, OfAControlByteInANameIsEscapedInBothFacilities) {

@@ -1,5 +1,4 @@
 #include "policy/PolicyTranslateRootSm.h"
-
 #include "policy/PolicyWorld.h"
 
 namespace PolicyTests {

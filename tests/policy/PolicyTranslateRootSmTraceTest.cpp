@@ -38,14 +38,14 @@ TEST_F(PolicyTranslateRootTrace, OfAWalkThatDeletesOneEntryAndAddsOne) {
   sourceV2->policySetIs(Vela::DeviceName("stale"));
   BothTraces traces;
   const auto root = makeRoot();
-  EXPECT_EQ(traces.take(), joined({{kRoot(8, "handleInitialized()"), kRoot(8, "handlePolicySet()"),
-                                    kRoot(6, "handlePolicySet() remove device stale"),
-                                    kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
-                                    kRoot(6, "handlePolicySet(const String&) add device fw1")},
-                                   emptyDeviceMade,
-                                   {kRoot(7, "handlePolicySet(const String&)return"),
-                                    kRoot(7, "handlePolicySet()return"),
-                                    kRoot(7, "handleInitialized()return")}}));
+  EXPECT_EQ(traces.take(),
+            joined({{kRoot(8, "handleInitialized()"), kRoot(8, "handlePolicySet()"),
+                     kRoot(6, "handlePolicySet() remove device stale"),
+                     kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
+                     kRoot(6, "handlePolicySet(const String&) add device fw1")},
+                    emptyDeviceMade,
+                    {kRoot(7, "handlePolicySet(const String&)return"),
+                     kRoot(7, "handlePolicySet()return"), kRoot(7, "handleInitialized()return")}}));
 }
 
 TEST_F(PolicyTranslateRootTrace, OfADeviceThatIsThereAlready) {
@@ -63,10 +63,10 @@ TEST_F(PolicyTranslateRootTrace, OfRemovingADeviceTheChildsCleanUpLiesBetween) {
   const auto root = makeRoot();
   BothTraces traces;
   sourceV1->policySetDel("fw1");
-  EXPECT_EQ(traces.take(), (Lines{kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
-                                  kRoot(6, "handlePolicySet(const String&) remove device fw1"),
-                                  kDevice(8, "cleanup()"),
-                                  kRoot(7, "handlePolicySet(const String&)return")}));
+  EXPECT_EQ(traces.take(),
+            (Lines{kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
+                   kRoot(6, "handlePolicySet(const String&) remove device fw1"),
+                   kDevice(8, "cleanup()"), kRoot(7, "handlePolicySet(const String&)return")}));
 }
 
 TEST_F(PolicyTranslateRootTrace, OfADeviceWithoutRecordIsThatOfARemoval) {
@@ -112,16 +112,16 @@ TEST_F(PolicyTranslateRootTrace, OfAWalkThatAnExceptionEndsHasNoExitLines) {
   map();
   BothTraces traces;
   EXPECT_THROW(makeRoot(), Kel::RangeException);
-  EXPECT_EQ(traces.take(),
-            (Lines{kRoot(8, "handleInitialized()"), kRoot(8, "handlePolicySet()"),
-                   kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
-                   kRoot(6, "handlePolicySet(const String&) add device fw1"),
-                   kDevice(8, "handleInitialized()"), kDevice(8, "handleVrf()"),
-                   kDevice(8, "handleVrf(const String&) Device: fw1 VRF name: red"),
-                   kDevice(6, "handleVrf(const String&) Device: fw1 add VRF red/net-red"),
-                   kVrf(8, "handleInitialized() VRF name: red"),
-                   kVrf(8, "handleRule() VRF name: red"),
-                   kVrf(8, "handleRule(VelaL3::VelaPriority) Rule: red priority: 9999")}));
+  EXPECT_EQ(
+      traces.take(),
+      (Lines{kRoot(8, "handleInitialized()"), kRoot(8, "handlePolicySet()"),
+             kRoot(8, "handlePolicySet(const String&) Device name: fw1"),
+             kRoot(6, "handlePolicySet(const String&) add device fw1"),
+             kDevice(8, "handleInitialized()"), kDevice(8, "handleVrf()"),
+             kDevice(8, "handleVrf(const String&) Device: fw1 VRF name: red"),
+             kDevice(6, "handleVrf(const String&) Device: fw1 add VRF red/net-red"),
+             kVrf(8, "handleInitialized() VRF name: red"), kVrf(8, "handleRule() VRF name: red"),
+             kVrf(8, "handleRule(VelaL3::VelaPriority) Rule: red priority: 9999")}));
 }
 
 TEST_F(PolicyTranslateRootTrace, OfCollectionOperationsAndLookUpsIsNothing) {

@@ -121,8 +121,7 @@ TEST_F(PolicyTreeLife, APerVrfMachineIsSwitchedOffBeforeItCleansUpAndMarkedAfter
 TEST_F(PolicyTreeLife, APerRuleMachineIsSwitchedOffBeforeItCleansUpAndMarkedAfterwards) {
   const auto root = makeRoot();
   const auto vrf = root->perDeviceSm("fw1")->perVrfSm(VrfName("red"));
-  const Observer watch =
-      noteStateAtDeletion(ruleV2(), vrf->perRuleSm().find(p1(20000)), ruleV1());
+  const Observer watch = noteStateAtDeletion(ruleV2(), vrf->perRuleSm().find(p1(20000)), ruleV1());
   vrf->perRuleSmDel(p1(20000));
   EXPECT_EQ(noted(), offBeforeCleanUp);
 }
@@ -175,12 +174,38 @@ TEST_F(PolicyTreeLife, AReplacedChildThatIsHeldDoesNotEmptyWhatItsSuccessorWrite
   EXPECT_EQ(keys(policyV2()->rule()), Lines{"15000"});
 }
 
+TEST_F(PolicyTreeLife, AnOldRootDroppedAfterItsSuccessorWasMadeEmptiesTheSource) {
+  auto root = makeRoot();
+  const auto successor = makeRoot();
+  EXPECT_EQ(originV2()->name(), "web");
+  root.reset();
+  EXPECT_TRUE(sourceV2->policySet().empty());
+  EXPECT_TRUE(successor->perDeviceSm("fw1"));
+}
+
+TEST_F(PolicyTreeLife, InitializingALevelAgainKeepsItsChildrenAndTheContentsOfVersionTwo) {
+  const auto root = makeRoot();
+  const auto device = root->perDeviceSm("fw1");
+  const auto rule = device->perVrfSm(VrfName("red"))->perRuleSm(p1(20000));
+  const auto origin = rule->perOriginSm("web");
+  const auto match = origin->matchSm();
+  root->handleInitialized();
+  device->handleInitialized();
+  rule->handleInitialized();
+  origin->handleInitialized();
+  match->handleInitialized();
+  EXPECT_EQ(root->perDeviceSm("fw1"), device);
+  EXPECT_EQ(rule->perOriginSm("web"), origin);
+  EXPECT_EQ(origin->matchSm(), match);
+  EXPECT_EQ(keys(matchV2()->l3App()), Lines{"6"});
+  EXPECT_EQ(liveMachines(), kOneOfEach);
+}
+
 TEST_F(PolicyTreeLife, AnEndingMachineMayBePointedToByAnObserverWithoutEndingTwice) {
   auto root = makeRoot();
   PolicyTranslateRootSm* const plain = root.get();
-  const Observer watch(*sourceV2, [plain](AttrId, const void*) {
-    const Ptr<PolicyTranslateRootSm> hold(plain);
-  });
+  const Observer watch(
+      *sourceV2, [plain](AttrId, const void*) { const Ptr<PolicyTranslateRootSm> hold(plain); });
   root.reset();
   EXPECT_EQ(liveMachines(), kNone);
 }

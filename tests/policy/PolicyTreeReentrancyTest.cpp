@@ -43,10 +43,10 @@ TEST_F(PolicyTreeReentrancy, AChangeForABusyMachineIsServedWhenItsHandlerIsDone)
       decisions.push_back(line.substr(line.find(')') + 1));
     }
   }
-  EXPECT_EQ(decisions,
-            (Lines{" Rule priority: 20000 policy: web", " priority: 20000 add policy web", "return",
-                   " Rule priority: 20000 policy: mail", " priority: 20000 add policy mail",
-                   "return"}));
+  EXPECT_EQ(
+      decisions,
+      (Lines{" Rule priority: 20000 policy: web", " priority: 20000 add policy web", "return",
+             " Rule priority: 20000 policy: mail", " priority: 20000 add policy mail", "return"}));
 }
 
 TEST_F(PolicyTreeReentrancy, AKeyNotifiedWhileItsChildIsBeingMadeGetsNoSecondChild) {
