@@ -22,6 +22,7 @@ class SortedKeys {
 
  private:
   void add(const void* key);
+  void sort();
 
   const Kel::ValueType& type_;
   std::size_t stride_;
