@@ -11,7 +11,8 @@
 
 namespace Host {
 
-/// Reads a document: RFC 7951 JSON instance data, of version 1 and of the monitor for the most part.
+/// Reads a document: RFC 7951 JSON instance data, of version 1 and of the monitor for the most
+/// part.
 ///
 /// How a document is read:
 ///

@@ -20,15 +20,19 @@ class ValueTypeRegistration {
 
 /// The descriptor of T; `fields` for records. For the source file that specialises valueTypeOf.
 template <class T>
-constexpr ValueType describeValue(const char* name, Encoding encoding, std::span<const Field> fields = {}) {
-  static_assert(sizeof(T) <= kLargestValue && alignof(T) <= 16, "an AnyValue has no room for it");
+constexpr ValueType describeValue(const char* name, Encoding encoding,
+                                  std::span<const Field> fields = {}) {
+  static_assert(sizeof(T) <= kLargestValue, "an AnyValue has no room for it");
+  static_assert(alignof(T) <= 16, "an AnyValue is not aligned for it");
   ValueType type{};
   type.name = name;
   type.encoding = encoding;
   type.size = sizeof(T);
   type.align = alignof(T);
   type.trivial = std::is_trivially_copyable_v<T>;
-  type.append = [](std::string& out, const void* value) { appendValue(out, *static_cast<const T*>(value)); };
+  type.append = [](std::string& out, const void* value) {
+    appendValue(out, *static_cast<const T*>(value));
+  };
   if constexpr (Parsable<T>) {
     type.parse = [](std::string_view text, void* value, std::string& why) {
       return parseValue(text, *static_cast<T*>(value), why);
@@ -50,7 +54,9 @@ constexpr ValueType describeValue(const char* name, Encoding encoding, std::span
     }
   };
   type.construct = [](void* place) { ::new (place) T(); };
-  type.assign = [](void* to, const void* from) { *static_cast<T*>(to) = *static_cast<const T*>(from); };
+  type.assign = [](void* to, const void* from) {
+    *static_cast<T*>(to) = *static_cast<const T*>(from);
+  };
   type.destroy = [](void* value) { static_cast<T*>(value)->~T(); };
   type.fields = fields;
   return type;

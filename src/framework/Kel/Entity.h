@@ -138,7 +138,7 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
     }
     single = Brix::Ptr<T>(new T, Brix::adopt);
     single->hasNotificationActiveIs(true);
-    const Brix::Ptr<T> made = single;
+    Brix::Ptr<T> made = single;
     publish(id, nullptr, made.get());
     return made;
   }

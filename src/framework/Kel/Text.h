@@ -23,10 +23,12 @@ using Seconds = double;
 // two functions below cover those and the language's own types in one way.
 
 template <class T>
-concept NamedEnum = std::is_enum_v<T> && requires(T value) { kelNames(value).size(); };
+concept NamedEnum = std::is_enum_v<T> && requires(T value) {
+  kelNames(value).size();
+};
 
-/// Appends the printed form of `value`: true and false, decimal digits, seconds with six digits, the
-/// name of an enumerator (or the number of an ordinal without a name), a type's own form.
+/// Appends the printed form of `value`: true and false, decimal digits, seconds with six digits,
+/// the name of an enumerator (or the number of an ordinal without a name), a type's own form.
 template <class T>
 void appendValue(std::string& out, const T& value) {
   if constexpr (std::same_as<T, bool>) {
@@ -36,7 +38,9 @@ void appendValue(std::string& out, const T& value) {
     out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
   } else if constexpr (std::same_as<T, Seconds>) {
     char digits[330];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, value + 0.0, std::chars_format::fixed, 6).ptr);
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, value + 0.0,
+                                     std::chars_format::fixed, 6)
+                           .ptr);
   } else if constexpr (NamedEnum<T>) {
     const auto ordinal = static_cast<std::underlying_type_t<T>>(value);
     if (static_cast<std::size_t>(ordinal) < kelNames(value).size()) {
@@ -50,7 +54,8 @@ void appendValue(std::string& out, const T& value) {
 }
 
 namespace Impl {
-bool parseUnsigned(std::string_view text, unsigned long long largest, unsigned long long& value, std::string& why);
+bool parseUnsigned(std::string_view text, unsigned long long largest, unsigned long long& value,
+                   std::string& why);
 bool parseBool(std::string_view text, bool& value, std::string& why);
 bool parseSeconds(std::string_view text, Seconds& value, std::string& why);
 /// Says that `text` is none of `names`, and which there are.
@@ -60,9 +65,9 @@ std::string whyNoName(std::string_view text, const std::string_view* names, std:
 /// Types that can be read from text; a record is read field by field instead.
 template <class T>
 concept Parsable = std::same_as<T, bool> || std::unsigned_integral<T> || std::same_as<T, Seconds> ||
-                   NamedEnum<T> || requires(T& value, std::string& why) {
-                     { kelParse(std::string_view(), value, why) } -> std::same_as<bool>;
-                   };
+    NamedEnum<T> || requires(T& value, std::string& why) {
+  { kelParse(std::string_view(), value, why) } -> std::same_as<bool>;
+};
 
 /// Reads the printed form; false leaves `value` as it was and says in `why` what was expected.
 template <Parsable T>

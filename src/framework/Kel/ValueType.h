@@ -57,12 +57,18 @@ inline bool isNoTime(Seconds time) { return time == 0 && std::signbit(time); }
 /// The descriptor of T; specialised (by KEL_VALUE_TYPE, in one source file) for each value type.
 template <class T>
 const ValueType& valueTypeOf();
-template <> const ValueType& valueTypeOf<bool>();
-template <> const ValueType& valueTypeOf<std::uint8_t>();
-template <> const ValueType& valueTypeOf<std::uint16_t>();
-template <> const ValueType& valueTypeOf<std::uint32_t>();
-template <> const ValueType& valueTypeOf<Seconds>();
-template <> const ValueType& valueTypeOf<String>();
+template <>
+const ValueType& valueTypeOf<bool>();
+template <>
+const ValueType& valueTypeOf<std::uint8_t>();
+template <>
+const ValueType& valueTypeOf<std::uint16_t>();
+template <>
+const ValueType& valueTypeOf<std::uint32_t>();
+template <>
+const ValueType& valueTypeOf<Seconds>();
+template <>
+const ValueType& valueTypeOf<String>();
 
 /// Calls `each` for every value type of the process.
 void forEachValueType(void (*each)(void* context, const ValueType& type), void* context);
