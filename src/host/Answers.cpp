@@ -1,5 +1,6 @@
 #include "host/Answers.h"
 
+#include "host/AuditDocuments.h"
 #include "host/JsonWriter.h"
 #include "host/TreeWriter.h"
 
@@ -53,26 +54,8 @@ void Answers::members(JsonWriter& json, const Change::Show& show) {
 }
 
 void Answers::audit(JsonWriter& json) {
-  const std::vector<Difference> differences = session_.audit();
   json.name("audit");
-  json.openObject();
-  json.name("equal");
-  json.boolean(differences.empty());
-  json.name("differences");
-  json.openArray();
-  for (const Difference& difference : differences) {
-    wrong_ = wrong_ || isAlarming(difference.kind);
-    json.openRecord();
-    json.name("path");
-    json.text(difference.path);
-    json.name("class");
-    json.text(nameOf(difference.kind));
-    json.name("why");
-    json.text(difference.why);
-    json.closeRecord();
-  }
-  json.closeArray();
-  json.closeObject();
+  wrong_ = writeDifferences(json, session_.audit()) || wrong_;
 }
 
 void Answers::containers(JsonWriter& json, std::string_view member, std::string_view module) {

@@ -26,8 +26,10 @@ namespace Host {
 /// - *defect*: version 2 should be different.
 class Audit {
  public:
-  Audit(const Trees& trees, const History& history, const Translation& translation)
-      : trees_(trees), history_(history), translation_(translation) {}
+  /// The states are those of the policy tree and of the service-device tree.
+  Audit(const Trees& trees, const History& history, const Translation::State& policies,
+        const Translation::State& serviceDevices)
+      : trees_(trees), history_(history), policies_(policies), serviceDevices_(serviceDevices) {}
 
   /// The differences, in the order of the trees and of their keys.
   std::vector<Difference> run();
@@ -61,7 +63,8 @@ class Audit {
 
   const Trees& trees_;
   const History& history_;
-  const Translation& translation_;
+  const Translation::State policies_;
+  const Translation::State serviceDevices_;
   SubtreeAudit found_;
 };
 

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 
+#include "host/ChangeWords.h"
 #include "host/Concat.h"
 #include "host/DocumentWalk.h"
 #include "host/Recorder.h"
 #include "host/Report.h"
-#include "host/Suggest.h"
 
 namespace Host {
 namespace {
@@ -19,28 +17,7 @@ namespace ondemand = simdjson::ondemand;
 // In the order in which they act.
 constexpr std::array<std::string_view, 9> kMembers{
     "time", "delete", "replace", "update", "notify", "control", "tree", "signal", "show"};
-constexpr std::array<std::string_view, 6> kVerbs{"start",  "stop",    "suspend",
-                                                 "resume", "cleanup", "initialize"};
-constexpr std::array<std::string_view, 2> kTrees{"policy", "service-device"};
-constexpr std::array<std::string_view, 4> kShows{"v2", "status", "audit", "stats"};
 constexpr std::array<std::string_view, 2> kEditMembers{"path", "value"};
-
-/// The position of `name`; `names.size()` when it is not there.
-template <class Names>
-std::size_t positionOf(std::string_view name, const Names& names) {
-  return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
-}
-
-template <class Names>
-std::string whyUnknown(std::string_view name, const Names& names) {
-  std::string all;
-  for (const std::string_view each : names) {
-    all += concat({all.empty() ? "" : ", ", each});
-  }
-  const std::string meant = didYouMean(name, {names.begin(), names.end()});
-  return concat({"\"", name.substr(0, 80), "\" is unknown here; expected ",
-                 names.size() > 1 ? "one of " : "", all, meant});
-}
 
 }  // namespace
 
@@ -125,22 +102,6 @@ void ChangeWalk::member(std::size_t index, Value value) {
     default:
       return show(value);
   }
-}
-
-void ChangeWalk::time(Value value) {
-  constexpr Kel::Seconds kMost = 1e12;
-  if (!is(JsonKind::number, value)) {
-    return;
-  }
-  const std::string_view raw = tokens_.scalarOf(value).raw;
-  Kel::Seconds seconds = 0;
-  const auto [end, error] = std::from_chars(raw.data(), raw.data() + raw.size(), seconds);
-  if (error != std::errc() || end != raw.data() + raw.size() || std::abs(seconds) >= kMost) {
-    return fault(raw, concat({raw.substr(0, 40),
-                              " is no time; expected seconds with at most 12 "
-                              "digits before the point"}));
-  }
-  change_->time = seconds;
 }
 
 void ChangeWalk::paths(Value value, std::vector<TreePath>& paths, bool deletes) {
@@ -243,51 +204,6 @@ void ChangeWalk::editValue(Edit& edit, Value value) {
     edit.value.node = edit.path.back().node;
     edit.value.key = edit.path.back().key;
   }
-}
-
-void ChangeWalk::control(Value value) {
-  if (is(JsonKind::text, value)) {
-    const std::string_view name = text(value);
-    const std::size_t index = positionOf(name, kVerbs);
-    if (index == kVerbs.size()) {
-      return fault(value.raw_json_token(), whyUnknown(name, kVerbs));
-    }
-    change_->control = static_cast<Verb>(index);
-  }
-}
-
-void ChangeWalk::tree(Value value) {
-  if (is(JsonKind::text, value)) {
-    const std::string_view name = text(value);
-    if (positionOf(name, kTrees) == kTrees.size()) {
-      return fault(value.raw_json_token(), whyUnknown(name, kTrees));
-    }
-    change_->policies = name == kTrees[0];
-    change_->serviceDevices = name == kTrees[1];
-  }
-}
-
-void ChangeWalk::signal(Value value) {
-  if (is(JsonKind::boolean, value)) {
-    change_->signal = tokens_.scalarOf(value).raw == "true";
-  }
-}
-
-void ChangeWalk::show(Value value) {
-  std::array<bool*, kShows.size()> asked{&change_->show.v2, &change_->show.status,
-                                         &change_->show.audit, &change_->show.stats};
-  each(value, [&](Value element) {
-    if (!is(JsonKind::text, element)) {
-      return;
-    }
-    const std::string_view name = text(element);
-    const std::size_t index = positionOf(name, kShows);
-    if (index == kShows.size()) {
-      fault(element.raw_json_token(), whyUnknown(name, kShows));
-    } else if (std::exchange(*asked[index], true)) {
-      fault(element.raw_json_token(), concat({"\"", name, "\" stands here twice"}));
-    }
-  });
 }
 
 }  // namespace Host

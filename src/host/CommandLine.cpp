@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "host/AuditDocuments.h"
 #include "host/Concat.h"
 #include "host/ExitCode.h"
+#include "host/HelpTexts.h"
 #include "host/Replay.h"
 #include "host/Report.h"
 #include "host/Suggest.h"
@@ -14,49 +16,6 @@
 namespace Host {
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
-  vpm translate firewall.json
-      print what version 2 becomes of one document
-  vpm translate policies.json devices.json status.json --output v2.json
-      merge three documents; v2.json appears whole or not at all
-  vpm translate site.json --trace - --trace-levels 6 > v2.json
-      also show every entry that is added or removed
-
-Exit codes:
-  0  done
-  2  a document or the command line is wrong; nothing was printed
-  3  a file could not be written, or the machine failed
-)";
-
-constexpr const char* kReplayExamples =
-    R"(A line of the log is one burst of changes: a JSON object with any of these members,
-which act in this order:
-  time     number: what the clock shows from here on, in seconds
-  delete   [PATH...]
-  replace  [{"path": PATH, "value": ...}...]  writes just what differs
-  update   [{"path": PATH, "value": ...}...]  merges the value in
-  notify   [PATH...]  announces again what has not changed
-  control  "start", "stop", "suspend", "resume", "cleanup" or "initialize";
-           with "tree": "policy" or "service-device"; both when absent
-  signal   false: do not write the timestamp of touched policies and VRFs at the end
-  show     ["v2", "status", "audit", "stats"]: what to answer
-
-Examples:
-  vpm replay --config firewall.json changes.log
-      what becomes of a document and a log of changes to it
-  echo '{"update":[{"path":"/vela-l3:policy-source/policy-set[device-name=fw1]",
-         "value":{}}],"show":["v2"]}' | tr -d '\n' | vpm replay
-      one line by hand; lines from standard input are answered as they come
-  vpm replay --config new.json --v2 old-run.json < /dev/null
-      what a restart makes of version 2 that an earlier run has left
-
-Exit codes:
-  0  done
-  1  done, but a line raised an error or an audit found a difference
-  2  a document, the log or the command line is wrong; nothing was printed or applied
-  3  a file could not be written, or the machine failed
-)";
-
 /// All that the command line says.
 struct Request {
   RunOptions run;
@@ -64,9 +23,20 @@ struct Request {
   ReplayRequest replay;
   Kel::Seconds time = 0;
   std::string color = "auto";
+  bool noStart = false;
   bool progress = false;
   bool quiet = false;
 };
+
+void addOutputOptions(CLI::App& command, Request& request) {
+  command.add_option("-o,--output", request.run.output, "write to this file, whole or not at all")
+      ->type_name("FILE");
+  command.add_flag("--progress", request.progress, "show progress (default: on a terminal)");
+  command.add_flag("-q,--quiet", request.quiet, "show no progress");
+  command.add_option("--color", request.color, "colour messages: auto, always or never")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->type_name("WHEN");
+}
 
 void addRunOptions(CLI::App& command, Request& request) {
   const auto levels = [&request](const std::string& text) {
@@ -74,19 +44,13 @@ void addRunOptions(CLI::App& command, Request& request) {
     Kel::TextTrace::parseLevels(text, request.run.traceLevels, why);
     return why;
   };
-  command.add_option("-o,--output", request.run.output, "write to this file, whole or not at all")
-      ->type_name("FILE");
+  addOutputOptions(command, request);
   command
       .add_option("--trace", request.run.trace, "write the text trace to this file; - is stderr")
       ->type_name("FILE");
   command.add_option("--trace-levels", "6 decisions, 7 exits, 8 entries (default: 0-9)")
       ->check(levels)
       ->type_name("LEVELS");
-  command.add_flag("--progress", request.progress, "show progress (default: on a terminal)");
-  command.add_flag("-q,--quiet", request.quiet, "show no progress");
-  command.add_option("--color", request.color, "colour messages: auto, always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->type_name("WHEN");
 }
 
 void addTime(CLI::App& command, Request& request, const std::string& what) {
@@ -106,7 +70,7 @@ CLI::App& addTranslate(CLI::App& app, Request& request) {
       ->type_name("FILE");
   addTime(command, request, "what the clock shows, in seconds (default: 0)");
   addRunOptions(command, request);
-  command.footer(kExamples);
+  command.footer(kTranslateHelp);
   return command;
 }
 
@@ -121,10 +85,21 @@ CLI::App& addReplay(CLI::App& app, Request& request) {
       ->type_name("DOC");
   command.add_option("--v2", replay.leftOver, "version 2 as an earlier run printed it")
       ->type_name("DOC");
-  command.add_flag("!--no-start", replay.start, "start no tree; the log does");
+  command.add_flag("--no-start", request.noStart, "start no tree; the log does");
   addTime(command, request, "what the clock shows at first, in seconds (default: 0)");
   addRunOptions(command, request);
-  command.footer(kReplayExamples);
+  command.footer(kReplayHelp);
+  return command;
+}
+
+CLI::App& addAudit(CLI::App& app, Request& request) {
+  CLI::App& command = *app.add_subcommand(
+      "audit", "compare version 1 and version 2 as documents have them, and say what differs");
+  command.add_option("DOC", request.documents, "documents with both versions and the monitor")
+      ->required()
+      ->type_name("FILE");
+  addOutputOptions(command, request);
+  command.footer(kAuditHelp);
   return command;
 }
 
@@ -191,6 +166,7 @@ int parseAndRun(const std::vector<std::string>& arguments, Request& request,
   app.footer("\"vpm COMMAND --help\" tells more, with examples.\n");
   addTranslate(app, request);
   const CLI::App& replays = addReplay(app, request);
+  const CLI::App& audits = addAudit(app, request);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -204,8 +180,12 @@ int parseAndRun(const std::vector<std::string>& arguments, Request& request,
   }
   request.run.color = wantsColor(request.color, console);
   request.run.progress = !request.quiet && (request.progress || console.errIsTerminal);
+  if (audits.parsed()) {
+    return auditDocuments(request.documents, request.run, console);
+  }
   if (replays.parsed()) {
     request.replay.time = request.time;
+    request.replay.start = !request.noStart;
     return replay(request.replay, request.run, console);
   }
   return translate(request.documents, request.time, request.run, console);

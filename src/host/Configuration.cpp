@@ -27,17 +27,27 @@ void read(const std::string& document, Content content, const Trees& trees, Repo
   }
 }
 
-}  // namespace
-
-bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
-                       Report& report, Progress& progress) {
+bool readAll(const std::vector<std::string>& documents, Content content, const Trees& trees,
+             Report& report, Progress& progress) {
   for (const std::string& document : documents) {
     if (report.room() == 0) {
       break;
     }
-    read(document, Content::configuration, trees, report, progress);
+    read(document, content, trees, report, progress);
   }
   return report.errors() == 0;
+}
+
+}  // namespace
+
+bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
+                       Report& report, Progress& progress) {
+  return readAll(documents, Content::configuration, trees, report, progress);
+}
+
+bool readEverything(const std::vector<std::string>& documents, const Trees& trees, Report& report,
+                    Progress& progress) {
+  return readAll(documents, Content::everything, trees, report, progress);
 }
 
 bool readLeftOver(const std::string& document, const Trees& trees, Report& report,

@@ -15,6 +15,10 @@ namespace Host {
 bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
                        Report& report, Progress& progress);
 
+/// Likewise for documents that may hold version 2 and the flags of the translation as well, as a
+/// run has printed them.
+bool readEverything(const std::vector<std::string>& documents, const Trees& trees, Report& report,
+                    Progress& progress);
 /// Likewise for one document with version 2 as an earlier run has printed it, be it the document of
 /// `vpm translate` or an answer of `vpm replay`. The monitor's records in it are ignored.
 bool readLeftOver(const std::string& document, const Trees& trees, Report& report,

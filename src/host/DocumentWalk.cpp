@@ -9,10 +9,11 @@
 namespace Host {
 namespace {
 
-/// What an answer of a run holds beside the containers of version 2.
-bool isIgnored(std::string_view name) {
-  return name == "vela-policy-monitor:status" || name == "line" || name == "status" ||
-         name == "audit" || name == "stats";
+/// What an answer of a run holds beside the data that is looked for.
+bool isIgnored(std::string_view name, Content content) {
+  return name == "line" || name == "audit" || name == "stats" ||
+         (content == Content::leftOver &&
+          (name == "status" || name == "vela-policy-monitor:status"));
 }
 
 }  // namespace
@@ -29,6 +30,12 @@ void DocumentWalk::document(simdjson::ondemand::document& document) {
   }
 }
 
+/// Whether this member of an answer holds containers.
+bool DocumentWalk::isPartOfAnswer(std::string_view name) const {
+  return (content_ != Content::configuration && name == "v2") ||
+         (content_ == Content::everything && name == "status");
+}
+
 void DocumentWalk::containers(Object object) {
   const auto& tops = Schema::instance().tops();
   Seen seen = 0;
@@ -38,21 +45,21 @@ void DocumentWalk::containers(Object object) {
     if (full()) {
       return;
     }
-    if (content_ == Content::leftOver && name == "v2") {
+    if (isPartOfAnswer(name)) {
       if (Value inner = take(field.value()); is(JsonKind::object, inner)) {
         containers(take(inner.get_object()));
       }
       continue;
     }
-    if (content_ == Content::leftOver && !(top != nullptr && top->state)) {
-      ignored_ = ignored_ || isIgnored(name);
-      if (!isIgnored(name)) {
-        fault(quoted(name), whyNotLeftOver(name));
-      }
+    if (content_ != Content::configuration && isIgnored(name, content_)) {
+      ignored_ = true;
       continue;
     }
-    if (content_ == Content::configuration && (top == nullptr || top->state)) {
-      fault(quoted(name), top == nullptr ? whyNoContainer(name) : whyState(*top));
+    if (top == nullptr || top->state ? content_ == Content::configuration || top == nullptr
+                                     : content_ == Content::leftOver) {
+      fault(quoted(name), content_ == Content::leftOver ? whyNotLeftOver(name)
+                          : top == nullptr              ? whyNoContainer(name)
+                                                        : whyState(*top));
       continue;
     }
     const Within step(steps_, *top);

@@ -60,6 +60,7 @@ class DocumentWalk {
   using Seen = std::uint64_t;
 
   void containers(Object object);
+  bool isPartOfAnswer(std::string_view name) const;
   void value(const Node& node, Value value);
   void members(const Node& node, Object object);
   void list(const Node& node, Array array);

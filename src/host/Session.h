@@ -27,7 +27,9 @@ class Session {
   std::optional<std::string> apply(const Change& change);
   void unreadable() { ++statistics_.failed; }
   /// Compares what the session has come to: see Audit.
-  std::vector<Difference> audit() const { return Audit(trees_, history_, translation_).run(); }
+  std::vector<Difference> audit() const {
+    return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices()).run();
+  }
   const Statistics& statistics() const { return statistics_; }
 
  private:

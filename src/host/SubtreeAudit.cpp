@@ -43,6 +43,15 @@ std::string_view nameOf(Kind kind) {
 
 bool isAlarming(Kind kind) { return kind == Kind::foreign || kind == Kind::defect; }
 
+const Node& childOf(const Node& node, std::string_view name) {
+  std::size_t hint = 0;
+  return *node.child(name, hint);
+}
+
+std::string leafText(const Node& leaf, const Kel::PtrInterface& object) {
+  return textOf(*leaf.type, leaf.row->find(object, nullptr));
+}
+
 SubtreeAudit::Entries SubtreeAudit::entriesOf(const Node& list, const Kel::PtrInterface& object) {
   struct Context {
     const Node& list;
@@ -50,8 +59,7 @@ SubtreeAudit::Entries SubtreeAudit::entriesOf(const Node& list, const Kel::PtrIn
   } context{list, {}};
   list.row->walk(object, &context, [](void* at, const void* key, const void* entry) {
     auto& [node, entries] = *static_cast<Context*>(at);
-    entries.emplace(Host::textOf(node.row->key(), key),
-                    static_cast<const Kel::PtrInterface*>(entry));
+    entries.emplace(textOf(node.row->key(), key), static_cast<const Kel::PtrInterface*>(entry));
   });
   return std::move(context.entries);
 }
@@ -102,8 +110,8 @@ void SubtreeAudit::members(const Node& node1, const Kel::PtrInterface& object1, 
 
 void SubtreeAudit::leaf(const Node& leaf1, const Kel::PtrInterface& object1, const Node& leaf2,
                         const Kel::PtrInterface& object2) {
-  const std::string value1 = textOf(*leaf1.type, leaf1.row->find(object1, nullptr));
-  const std::string value2 = textOf(*leaf2.type, leaf2.row->find(object2, nullptr));
+  const std::string value1 = leafText(leaf1, object1);
+  const std::string value2 = leafText(leaf2, object2);
   if (value1 != value2) {
     enter(leaf1, nullptr, leaf2, nullptr);
     at2(Kind::defect, concat({"version 2 has \"", value2, "\", version 1 has \"", value1, "\""}));

@@ -24,12 +24,22 @@ std::string_view nameOf(Difference::Kind kind);
 /// Whether somebody should look after it.
 bool isAlarming(Difference::Kind kind);
 
+/// The child of this name, which there is.
+const Node& childOf(const Node& node, std::string_view name);
+/// What is in a leaf of `object`, as text.
+std::string leafText(const Node& leaf, const Kel::PtrInterface& object);
+
 /// Compares two subtrees whose nodes have the same names, and collects the differences.
 class SubtreeAudit {
  public:
   /// The entries of a list of entities by the text of their keys.
   using Entries = std::map<std::string, const Kel::PtrInterface*>;
   static Entries entriesOf(const Node& list, const Kel::PtrInterface& object);
+  /// Null when there is none.
+  static const Kel::PtrInterface* lookUp(const Entries& entries, const std::string& key) {
+    const auto at = entries.find(key);
+    return at == entries.end() ? nullptr : at->second;
+  }
 
   /// Where the comparison is, on both sides.
   void enter(const Node& node1, const Kel::PtrInterface* object1, const Node& node2,

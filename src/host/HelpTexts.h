@@ -1,0 +1,64 @@
+#pragma once
+
+namespace Host {
+
+// What stands below the options in the help of each command.
+
+inline constexpr const char* kTranslateHelp = R"(Examples:
+  vpm translate firewall.json
+      print what version 2 becomes of one document
+  vpm translate policies.json devices.json status.json --output v2.json
+      merge three documents; v2.json appears whole or not at all
+  vpm translate site.json --trace - --trace-levels 6 > v2.json
+      also show every entry that is added or removed
+
+Exit codes:
+  0  done
+  2  a document or the command line is wrong; nothing was printed
+  3  a file could not be written, or the machine failed
+)";
+
+inline constexpr const char* kReplayHelp =
+    R"(A line of the log is one burst of changes: a JSON object with any of these members,
+which act in this order:
+  time     number: what the clock shows from here on, in seconds
+  delete   [PATH...]
+  replace  [{"path": PATH, "value": ...}...]  writes just what differs
+  update   [{"path": PATH, "value": ...}...]  merges the value in
+  notify   [PATH...]  announces again what has not changed
+  control  "start", "stop", "suspend", "resume", "cleanup" or "initialize";
+           with "tree": "policy" or "service-device"; both when absent
+  signal   false: do not write the timestamp of touched policies and VRFs at the end
+  show     ["v2", "status", "audit", "stats"]: what to answer
+
+Examples:
+  vpm replay --config firewall.json changes.log
+      what becomes of a document and a log of changes to it
+  echo '{"update":[{"path":"/vela-l3:policy-source/policy-set[device-name=fw1]",
+         "value":{}}],"show":["v2"]}' | tr -d '\n' | vpm replay
+      one line by hand; lines from standard input are answered as they come
+  vpm replay --config new.json --v2 old-run.json < /dev/null
+      what a restart makes of version 2 that an earlier run has left
+
+Exit codes:
+  0  done
+  1  done, but a line raised an error or an audit found a difference
+  2  a document, the log or the command line is wrong; nothing was printed or applied
+  3  a file could not be written, or the machine failed
+)";
+
+inline constexpr const char* kAuditHelp = R"(Examples:
+  vpm audit firewall.json v2.json
+      does what a run printed (v2.json, by translate or replay) still equal its input?
+
+Each difference has a class: "pending" goes by itself, "as designed" stays and is known
+to; "foreign" and "defect" are for somebody to look after.
+
+Exit codes:
+  0  done; no difference is foreign or a defect
+  1  done; one is
+  2  a document or the command line is wrong; nothing was printed
+  3  a file could not be written, or the machine failed
+)";
+
+}  // namespace Host
