@@ -93,8 +93,8 @@ CLI::App& addReplay(CLI::App& app, Request& request) {
 }
 
 CLI::App& addAudit(CLI::App& app, Request& request) {
-  CLI::App& command = *app.add_subcommand(
-      "audit", "compare version 1 and version 2 as documents have them, and say what differs");
+  CLI::App& command =
+      *app.add_subcommand("audit", "say where version 1 and version 2 differ, and why");
   command.add_option("DOC", request.documents, "documents with both versions and the monitor")
       ->required()
       ->type_name("FILE");

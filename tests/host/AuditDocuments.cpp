@@ -23,8 +23,8 @@ TEST(AuditDocuments, FindsWhatARunHasPrintedEqualToItsInput) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.exitCode, 0);
   EXPECT_EQ(outcome.out, "{\n  \"equal\": true,\n  \"differences\": []\n}\n");
-  const std::string last =
-      folder.write("end.json", runVpm({"replay", folder.write("a.log", ""), "--config", config}).out);
+  const std::string last = folder.write(
+      "end.json", runVpm({"replay", folder.write("a.log", ""), "--config", config}).out);
   EXPECT_EQ(runVpm({"audit", config, last}).exitCode, 0);
 }
 
