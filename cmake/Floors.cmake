@@ -36,9 +36,19 @@ function(vela_library name)
       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()
 
+# vela_static_library(NAME OF FLOOR...): whole floors as one archive, with what they stand on.
+function(vela_static_library name)
+  cmake_parse_arguments(arg "" "" "OF" ${ARGN})
+  add_library(${name} STATIC)
+  foreach(floor ${arg_OF})
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:${floor}>)
+  endforeach()
+  target_link_libraries(${name} PUBLIC ${arg_OF})
+endfunction()
+
 # vela_floor_tests(NAME FOLDER): one test program for one floor; FOLDER mirrors the floor's own.
 function(vela_floor_tests name folder library)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
   if(NOT sources)
     return()
   endif()

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "host/CommandLine.h"
+#include "command/CommandLine.h"
 
 int main(int count, char** arguments) {
   Host::DescriptorSink out(STDOUT_FILENO, "standard output");

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/CommandLine.h"
+#include "command/CommandLine.h"
 
 namespace HostTests {
 

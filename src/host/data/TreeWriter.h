@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "Kel/PtrInterface.h"
+#include "data/Schema.h"
+#include "text/JsonWriter.h"
+
+namespace Host {
+
+/// Writes parts of the data tree as RFC 7951 JSON, the same bytes for the same state.
+///
+/// Members stand in the order of the schema: keys first, then by attribute. Entries are sorted:
+/// text by bytes, numbers by value, addresses and prefixes by family, value and length, names of
+/// enumerators by ordinal, records field by field. What was never set and lists without entries are
+/// left out; every other scalar is written, also one that nobody has written.
+class TreeWriter {
+ public:
+  explicit TreeWriter(JsonWriter& json) : json_(json) {}
+
+  /// The member "module:name": { ... } for a container at the top.
+  void container(const Node& top, const Trees& trees);
+
+ private:
+  void members(const Node& node, const Kel::PtrInterface& object);
+  void member(const Node& child, const Kel::PtrInterface& object);
+  void entries(const Node& list, const Kel::PtrInterface& object);
+  void keys(const Node& list, const Kel::PtrInterface& object);
+  void mapping(const Node& mapping, const Kel::PtrInterface& object);
+
+  JsonWriter& json_;
+};
+
+}  // namespace Host

@@ -1,0 +1,61 @@
+#include "document/Configuration.h"
+
+#include "data/EntityFiller.h"
+#include "document/DocumentReader.h"
+#include "text/Concat.h"
+
+namespace Host {
+namespace {
+
+void read(const std::string& document, Content content, const Trees& trees, Report& report,
+          Progress& progress) {
+  std::string why;
+  progress.begin(concat({"reading ", document}), 0);  // a pipe may take its time
+  const auto source = SourceText::read(document, why);
+  if (source == nullptr) {
+    progress.end();
+    report.problem(document, why);
+    return;
+  }
+  progress.begin(concat({"reading ", source->name()}), source->text().size());
+  EntityFiller filler(trees);
+  const auto faults =
+      DocumentReader(report.room(), content).read(*source, filler, &progress.done());
+  if (!faults.empty()) {
+    progress.end();
+    report.faults(*source, faults);
+  }
+}
+
+bool readAll(const std::vector<std::string>& documents, Content content, const Trees& trees,
+             Report& report, Progress& progress) {
+  for (const std::string& document : documents) {
+    if (report.room() == 0) {
+      break;
+    }
+    read(document, content, trees, report, progress);
+  }
+  return report.errors() == 0;
+}
+
+}  // namespace
+
+bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
+                       Report& report, Progress& progress) {
+  return readAll(documents, Content::configuration, trees, report, progress);
+}
+
+bool readEverything(const std::vector<std::string>& documents, const Trees& trees, Report& report,
+                    Progress& progress) {
+  return readAll(documents, Content::everything, trees, report, progress);
+}
+
+bool readLeftOver(const std::string& document, const Trees& trees, Report& report,
+                  Progress& progress) {
+  if (report.room() != 0) {
+    read(document, Content::leftOver, trees, report, progress);
+  }
+  return report.errors() == 0;
+}
+
+}  // namespace Host

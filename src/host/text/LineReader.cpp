@@ -1,0 +1,77 @@
+#include "text/LineReader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
+#include "text/SourceText.h"
+
+namespace Host {
+namespace {
+
+std::string_view withoutEnd(std::string_view line) {
+  return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
+}
+
+}  // namespace
+
+bool isBlank(std::string_view line) {
+  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+std::optional<std::string_view> Lines::next() {
+  if (at_ >= text_.size()) {
+    return std::nullopt;
+  }
+  ++number_;
+  const std::size_t end = std::min(text_.find('\n', at_), text_.size());
+  const std::string_view line = text_.substr(at_, end - at_);
+  at_ = end + 1;
+  return withoutEnd(line);
+}
+
+std::optional<std::string_view> InputLines::next() {
+  for (;;) {
+    const std::string_view waiting = std::string_view(buffer_).substr(0, end_);
+    const std::size_t lineEnd = waiting.find('\n', scanned_);
+    if (lineEnd == std::string_view::npos && !over_) {
+      scanned_ = end_;
+      over_ = !fill();
+      continue;
+    }
+    if (lineEnd == std::string_view::npos && begin_ == end_) {
+      return std::nullopt;
+    }
+    const std::size_t end = std::min(lineEnd, end_);
+    const std::string_view line = waiting.substr(begin_, end - begin_);
+    begin_ = scanned_ = std::min(end + 1, end_);
+    ++number_;
+    return withoutEnd(line);
+  }
+}
+
+/// Waits for more; false when there is no more.
+bool InputLines::fill() {
+  constexpr std::size_t kPiece = 1U << 16U;
+  buffer_.erase(0, begin_);
+  end_ -= begin_;
+  scanned_ -= begin_;
+  begin_ = 0;
+  buffer_.resize(std::max(buffer_.size(), end_ + kPiece + SourceText::kPadding));
+  for (;;) {
+    const ssize_t got = ::read(STDIN_FILENO, buffer_.data() + end_, kPiece);
+    if (got >= 0) {
+      end_ += static_cast<std::size_t>(got);
+      return got > 0;
+    }
+    if (errno != EINTR) {
+      throw std::runtime_error(std::string("standard input cannot be read: ") +
+                               std::strerror(errno));
+    }
+  }
+}
+
+}  // namespace Host
