@@ -11,7 +11,7 @@
 #include "text/ExitCode.h"
 #include "text/LineReader.h"
 #include "text/OutputFile.h"
-#include "translation/TextTrace.h"
+#include "tracing/TextTrace.h"
 
 namespace Host {
 namespace {

@@ -8,7 +8,7 @@
 #include "servicedevice/VelaServiceDeviceTranslateSm.h"
 #include "text/ExitCode.h"
 #include "text/OutputFile.h"
-#include "translation/TextTrace.h"
+#include "tracing/TextTrace.h"
 #include "translation/VirtualClock.h"
 
 namespace Host {

@@ -1,4 +1,4 @@
-#include "translation/TextTrace.h"
+#include "tracing/TextTrace.h"
 
 #include <fstream>
 

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace Host {
+
+class CommandTable;
+
+// Each adds a command to the table.
+
+void addTranslate(CommandTable& table);
+void addReplay(CommandTable& table);
+void addAudit(CommandTable& table);
+
+}  // namespace Host
