@@ -5,15 +5,25 @@
 
 namespace VelaPolicyMonitor {
 
-/// The version-2 entity that is about to be written. Deleting tolerates null, adding does not:
+/// The version-2 entity that is about to be written. Deleting tolerates null, writing does not:
 /// whoever built the machine has given it nowhere to write to.
 template <class Entity>
 Entity& output(const Brix::Ptr<Entity>& entity, const char* function) {
   Kel::require(static_cast<bool>(entity), "entity != nullptr",
-               "an entry is to be added to version 2, but the state machine was built without the "
-               "version-2 entity to add it to",
+               "version 2 is to be written, but the state machine was built without the version-2 "
+               "entity to write to",
                function);
   return *entity;
+}
+
+/// The monitor's record of a device, which is read and written throughout: a machine for a device
+/// cannot do without.
+template <class Record>
+Record& recordOf(const Brix::Ptr<Record>& policyList, const char* function) {
+  Kel::require(static_cast<bool>(policyList), "policyList != nullptr",
+               "the state machine of a device was built without the monitor's record of it",
+               function);
+  return *policyList;
 }
 
 }  // namespace VelaPolicyMonitor

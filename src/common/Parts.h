@@ -79,7 +79,7 @@ class Children {
       if (there->builtFrom(args...)) {
         return Brix::Ptr<Child>(there);
       }
-      remove(key)->retire();
+      return replace(owner, key, args...);
     }
     return owner.retired() ? nullptr : add(key, args...);
   }
@@ -99,7 +99,7 @@ class Children {
       if (!owner.catchingUp()) {
         Kel::Impl::throwMutatorReinstantiating(collection, Kel::textOf(key));
       }
-      remove(key)->retire();
+      return replace(owner, key, args...);
     }
     return owner.retired() ? nullptr : add(key, args...);
   }
@@ -134,6 +134,13 @@ class Children {
       at = at->before;
     }
     return at != nullptr;
+  }
+
+  /// `key` by value: the one that the caller has may lie in the child that goes.
+  template <class... Args>
+  Brix::Ptr<Child> replace(TranslateSm& owner, Key key, const Args&... args) {
+    remove(key)->retire();
+    return owner.retired() ? nullptr : add(key, args...);
   }
 
   /// The child is built first and stored then: a constructor that throws leaves no entry behind.

@@ -97,7 +97,7 @@ void PolicyTranslatePerDeviceSm::handleInitialized() {
   run.enter();
   initialized_ = true;
   handleVrf();
-  policyList()->policyConvergeIs(true);
+  recordOf(policyList(), "handleInitialized()").policyConvergeIs(true);
   run.leave();
 }
 
@@ -107,7 +107,8 @@ void PolicyTranslatePerDeviceSm::handleVrf(const String& vrfName) {
   run.enter(" Device: ", deviceName(), " VRF name: ", vrfName);
   const L3::VrfName vrf(vrfName);
   const auto policyV1 = policySetV1() ? policySetV1()->policy(vrf) : nullptr;
-  const String netVrfName = policyList()->netVrfNameByVrf(vrfName);
+  const String netVrfName =
+      recordOf(policyList(), "handleVrf(const String&)").netVrfNameByVrf(vrfName);
   if (policyV1 && !netVrfName.empty()) {
     run.act(" Device: ", deviceName(), " add VRF ", vrfName, "/", netVrfName);
     const auto policyV2 = output(policySetV2(), "handleVrf(const String&)").policyIs(netVrfName);
@@ -129,7 +130,8 @@ void PolicyTranslatePerDeviceSm::handleVrf() {
   std::set<String> wanted;
   if (policySetV1()) {
     for (const auto& [vrf, policyV1] : policySetV1()->policy()) {
-      if (const String netVrfName = policyList()->netVrfNameByVrf(vrf.stringValue());
+      if (const String netVrfName =
+              recordOf(policyList(), "handleVrf()").netVrfNameByVrf(vrf.stringValue());
           !netVrfName.empty()) {
         wanted.insert(netVrfName);
       }

@@ -99,7 +99,7 @@ void PerServiceDeviceTranslateSm::handleInitialized() {
   handleVrf();
   handleTrafficInspection();
   // Deliberate: never set back, neither by clean-up nor when the device goes.
-  policyList()->serviceDeviceConvergeIs(true);
+  recordOf(policyList(), "handleInitialized()").serviceDeviceConvergeIs(true);
   run.leave();
 }
 
@@ -110,7 +110,7 @@ void PerServiceDeviceTranslateSm::handleVrf(const String& vrf) {
   run.enter(" Device: ", deviceName(), "VRF name: ", vrf);
   const L3::VrfName vrfName(vrf);
   const auto vrfV1 = sdConfigV1() ? sdConfigV1()->vrf(vrfName) : nullptr;
-  const String netVrfName = policyList()->netVrfNameByVrf(vrf);
+  const String netVrfName = recordOf(policyList(), "handleVrf(const String&)").netVrfNameByVrf(vrf);
   if (vrfV1 && !netVrfName.empty()) {
     run.act(" Device: ", deviceName(), " add VRF ", vrf, "/", netVrfName);
     const auto netVrfV2 = output(sdConfigV2(), "handleVrf(const String&)").netVrfIs(netVrfName);
@@ -134,7 +134,8 @@ void PerServiceDeviceTranslateSm::handleVrf() {
     for (const auto& [netVrfName, netVrfV2] : sdConfigV2()->netVrf()) {
       const L3::VrfName vrfName = netVrfV2->vrfName();
       if (sdConfigV1() && sdConfigV1()->vrf(vrfName) &&
-          policyList()->netVrfNameByVrf(vrfName.stringValue()) == netVrfName) {
+          recordOf(policyList(), "handleVrf()").netVrfNameByVrf(vrfName.stringValue()) ==
+              netVrfName) {
         continue;
       }
       run.act(" Device: ", deviceName(), " remove network VRF ", netVrfName);
@@ -151,7 +152,8 @@ void PerServiceDeviceTranslateSm::handleVrf() {
 
 // Deliberate: "Device name: " has no leading blank.
 void PerServiceDeviceTranslateSm::handleTrafficInspection() {
-  const Vela::TrafficInspection inspection = policyList()->trafficInspection();
+  const Vela::TrafficInspection inspection =
+      recordOf(policyList(), "handleTrafficInspection()").trafficInspection();
   const Handling run{*this, kTrace, "handleTrafficInspection()"};
   run.enter("Device name: ", deviceName(), " unified: ", inspection.unified());
   output(sdConfigV2(), "handleTrafficInspection()").trafficInspectionIs(inspection);

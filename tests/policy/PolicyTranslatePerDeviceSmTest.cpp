@@ -247,12 +247,36 @@ TEST_F(PolicyTranslatePerDevice, WithoutVersionTwoRemovesAndCleansUpWithoutHarm)
   EXPECT_TRUE(sm->perVrfSm().empty());
 }
 
+TEST_F(PolicyTranslatePerDeviceDeathTest, ADeviceWithoutARecordCannotBe) {
+  sourceV2->policySetIs(Vela::DeviceName("fw1"));
+  EXPECT_DEATH(
+      VelaPolicyMonitor::policyTranslatePerDeviceSmFactory("fw1", setV1(), setV2(), nullptr),
+      "assertion \"policyList != nullptr\" failed: the state machine of a device was built without "
+      "the monitor's record of it");
+}
+
 TEST_F(PolicyTranslatePerDeviceDeathTest, WithoutVersionTwoAnAdditionStopsTheProcess) {
   policyV1();
   map();
   EXPECT_DEATH(
       VelaPolicyMonitor::policyTranslatePerDeviceSmFactory("fw1", setV1(), nullptr, record),
       "handleVrf\\(const String&\\): assertion \"entity != nullptr\" failed: .*built without");
+}
+
+TEST_F(PolicyTranslatePerDevice, ReplacesAChildThatIsNamedByItsOwnKey) {
+  const std::string longName(100, 'n');  // too long to lie anywhere but in memory of its own
+  map(longName.c_str());
+  policyV1(longName.c_str())->ruleIs(p1(10001));
+  sm = make();
+  const auto other = setV2()->policyIs("net-other");
+  const VrfName vrf{longName};
+  const auto* const before = sm->perVrfSm().find(vrf);
+  ASSERT_NE(before, nullptr);
+  const auto after =
+      sm->perVrfSmIs(before->vrfName(), "net-other", policyV1(longName.c_str()), other);
+  EXPECT_EQ(after->vrfName(), vrf);
+  EXPECT_EQ(sm->perVrfSm(vrf), after);
+  EXPECT_EQ(after->netVrfName(), "net-other");
 }
 
 }  // namespace

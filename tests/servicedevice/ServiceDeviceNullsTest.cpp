@@ -10,8 +10,8 @@ namespace {
 class ServiceDeviceNulls : public ServiceDeviceTest {};
 
 constexpr const char* kNowhere =
-    "assertion \"entity != nullptr\" failed: an entry is to be added to version 2, but the state "
-    "machine was built without the version-2 entity to add it to";
+    "assertion \"entity != nullptr\" failed: version 2 is to be written, but the state machine was "
+    "built without the version-2 entity to write to";
 
 TEST_F(ServiceDeviceNulls, ARootWithoutVersion1EmptiesVersion2) {
   sourceV2->serviceDeviceIs("fw1");
@@ -109,6 +109,22 @@ TEST_F(ServiceDeviceNullsDeathTest, ADeviceWithoutVersion2CannotCopyTheTrafficIn
   EXPECT_DEATH(
       VelaPolicyMonitor::perServiceDeviceTranslateSmFactory("fw1", deviceV1(), nullptr, record),
       testing::HasSubstr(kNowhere));
+}
+
+TEST_F(ServiceDeviceNullsDeathTest, ADeviceWithoutARecordCannotBe) {
+  const char* const why =
+      "assertion \"policyList != nullptr\" failed: the state machine of a device was built without "
+      "the monitor's record of it";
+  const auto v1 = sourceV1->serviceDeviceIs("fw1");
+  const auto v2 = sourceV2->serviceDeviceIs("fw1");
+  const auto build = [&] {
+    VelaPolicyMonitor::perServiceDeviceTranslateSmFactory("fw1", v1, v2, nullptr);
+  };
+  EXPECT_DEATH(build(), testing::AllOf(testing::HasSubstr(why),
+                                       testing::HasSubstr("handleTrafficInspection()")));
+  fillVrf();
+  EXPECT_DEATH(build(), testing::AllOf(testing::HasSubstr(why),
+                                       testing::HasSubstr("handleVrf(const String&)")));
 }
 
 TEST_F(ServiceDeviceNullsDeathTest, AVrfWithoutVersion2CannotRecordItsName) {

@@ -39,6 +39,17 @@ struct KeyHandler {
   }
 };
 
+/// Whether an exception may not leave a dispatch to an Sm: the process ends. The same holds for a
+/// dispatch that has had to wait.
+template <class Sm>
+constexpr bool dispatchIsNoexcept() {
+  if constexpr (requires { Sm::kDispatchIsNoexcept; }) {
+    return Sm::kDispatchIsNoexcept;
+  } else {
+    return false;
+  }
+}
+
 /// One row: the attribute, how to run its handler now, and how to keep the call for later.
 template <class Sm>
 struct Reaction {
@@ -56,7 +67,8 @@ constexpr Reaction<Sm> keyReaction(AttrId id) {
             Handler(sm, copy);
           },
           [](Sm& sm, const void* key) -> std::function<void()> {
-            return [&sm, copy = As(*static_cast<const K*>(key))] { Handler(sm, copy); };
+            return [&sm, copy = As(*static_cast<const K*>(key))]() noexcept(
+                       dispatchIsNoexcept<Sm>()) { Handler(sm, copy); };
           }};
 }
 
@@ -76,11 +88,11 @@ struct On {
 
   /// An attribute without keys.
   template <const auto& Attribute, void (Sm::*Handler)()>
-  static constexpr Reaction<Sm> change{Attribute.id,
-                                       [](Sm& sm, const void* /*key*/) { (sm.*Handler)(); },
-                                       [](Sm& sm, const void* /*key*/) -> std::function<void()> {
-                                         return [&sm] { (sm.*Handler)(); };
-                                       }};
+  static constexpr Reaction<Sm> change{
+      Attribute.id, [](Sm& sm, const void* /*key*/) { (sm.*Handler)(); },
+      [](Sm& sm, const void* /*key*/) -> std::function<void()> {
+        return [&sm]() noexcept(dispatchIsNoexcept<Sm>()) { (sm.*Handler)(); };
+      }};
 };
 
 template <class Sm>
