@@ -11,6 +11,7 @@ namespace Host {
 
 int run(const std::vector<std::string>& arguments, const Console& console) {
   CommandTable table;
+  table.heading("Documents and logs of changes");
   addTranslate(table);
   addReplay(table);
   addAudit(table);

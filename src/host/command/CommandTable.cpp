@@ -72,7 +72,9 @@ CommandTable::CommandTable()
 CommandTable::~CommandTable() = default;
 
 CLI::App& CommandTable::add(const char* name, const char* about, const char* help, Action action) {
-  return add(*app_, name, about, help, std::move(action));
+  CLI::App& command = add(*app_, name, about, help, std::move(action));
+  command.group(heading_);
+  return command;
 }
 
 CLI::App& CommandTable::add(CLI::App& parent, const char* name, const char* about, const char* help,
@@ -85,6 +87,7 @@ CLI::App& CommandTable::add(CLI::App& parent, const char* name, const char* abou
 
 CLI::App& CommandTable::addGroup(const char* name, const char* about, const char* help) {
   CLI::App& group = *app_->add_subcommand(name, about);
+  group.group(heading_);
   group.footer(help);
   group.require_subcommand(1);
   return group;
@@ -135,12 +138,12 @@ const CLI::App& CommandTable::chosen() const {
   return *command;
 }
 
-bool CommandTable::wantsColor(const Console& console) const {
-  const char* const terminal = std::getenv("TERM");
+bool CommandTable::wantsColor(bool terminal) const {
+  const char* const kind = std::getenv("TERM");
   const char* const none = std::getenv("NO_COLOR");
   return color_ == "always" ||
-         (color_ == "auto" && console.errIsTerminal && (none == nullptr || *none == '\0') &&
-          (terminal == nullptr || std::string_view(terminal) != "dumb"));
+         (color_ == "auto" && terminal && (none == nullptr || *none == '\0') &&
+          (kind == nullptr || std::string_view(kind) != "dumb"));
 }
 
 int CommandTable::refuse(const std::string& why, const Console& console) const {
@@ -162,6 +165,7 @@ int CommandTable::run(const std::vector<std::string>& arguments, const Console& 
     return refuse(whyRefused(chosen(), error), console);
   }
   options_.color = wantsColor(console);
+  options_.outColor = wantsColor(console.outIsTerminal);
   options_.progress = !quiet_ && (progress_ || console.errIsTerminal);
   const auto entry = std::ranges::find(entries_, &chosen(), &Entry::command);
   return entry->action(options_, console);

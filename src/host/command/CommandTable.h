@@ -36,6 +36,8 @@ class CommandTable {
   CommandTable& operator=(const CommandTable&) = delete;
   ~CommandTable();
 
+  /// What the commands that are added from here on are listed under.
+  void heading(const char* heading) { heading_ = heading; }
   /// A command with one line about it, and what stands below the options in its help.
   CLI::App& add(const char* name, const char* about, const char* help, Action action);
   /// A command of a command: "vpm ctl show".
@@ -59,7 +61,7 @@ class CommandTable {
   /// Parses the arguments and runs the command that they name. Raises what the command raises.
   int run(const std::vector<std::string>& arguments, const Console& console);
   /// Whether messages are to be coloured, as far as the command line was understood.
-  bool wantsColor(const Console& console) const;
+  bool wantsColor(const Console& console) const { return wantsColor(console.errIsTerminal); }
 
  private:
   struct Entry {
@@ -67,11 +69,13 @@ class CommandTable {
     Action action;
   };
 
+  bool wantsColor(bool terminal) const;
   const CLI::App& chosen() const;
   int refuse(const std::string& why, const Console& console) const;
 
   std::unique_ptr<CLI::App> app_;
   std::vector<Entry> entries_;
+  const char* heading_ = "";
   RunOptions options_;
   std::string color_ = "auto";
   bool progress_ = false;

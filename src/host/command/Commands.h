@@ -9,5 +9,6 @@ class CommandTable;
 void addTranslate(CommandTable& table);
 void addReplay(CommandTable& table);
 void addAudit(CommandTable& table);
+void addCtl(CommandTable& table);
 
 }  // namespace Host

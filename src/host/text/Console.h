@@ -11,6 +11,7 @@ struct Console {
   ByteSink& out;
   std::ostream& err;
   bool errIsTerminal = false;
+  bool outIsTerminal = false;
 };
 
 }  // namespace Host

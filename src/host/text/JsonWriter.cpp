@@ -113,11 +113,15 @@ void JsonWriter::name(std::string_view name) {
   named_ = true;
 }
 
-void JsonWriter::value(const Kel::ValueType& type, const void* value) {
+void JsonWriter::beginScalar() {
   separate();
   if (pretty_ && scalars_ && oneLine_) {
     scalarBegins_.push_back(out_.size());
   }
+}
+
+void JsonWriter::value(const Kel::ValueType& type, const void* value) {
+  beginScalar();
   if (type.encoding == Kel::Encoding::string || type.encoding == Kel::Encoding::decimal) {
     out_ += '"';
     const std::size_t from = out_.size();
@@ -127,6 +131,12 @@ void JsonWriter::value(const Kel::ValueType& type, const void* value) {
   } else {
     type.append(out_, value);
   }
+  scalarDone();
+}
+
+void JsonWriter::spelled(std::string_view scalar) {
+  beginScalar();
+  out_ += scalar;
   scalarDone();
 }
 

@@ -38,6 +38,8 @@ class JsonWriter {
   void name(std::string_view name);
   /// A scalar of the model.
   void value(const Kel::ValueType& type, const void* value);
+  /// A scalar as JSON spells it.
+  void spelled(std::string_view scalar);
   void text(std::string_view text);
   void boolean(bool value);
   void number(std::uint64_t value);
@@ -52,6 +54,7 @@ class JsonWriter {
   void open(char bracket);
   void close(char bracket);
   void separate();
+  void beginScalar();
   void breakLine();
   void scalarDone();
   void breakScalars();

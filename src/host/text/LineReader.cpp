@@ -7,6 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "text/Concat.h"
 #include "text/SourceText.h"
 
 namespace Host {
@@ -33,28 +34,32 @@ std::optional<std::string_view> Lines::next() {
   return withoutEnd(line);
 }
 
+InputLines::InputLines() : InputLines(STDIN_FILENO, "standard input") {}
+
 std::optional<std::string_view> InputLines::next() {
   for (;;) {
-    const std::string_view waiting = std::string_view(buffer_).substr(0, end_);
-    const std::size_t lineEnd = waiting.find('\n', scanned_);
-    if (lineEnd == std::string_view::npos && !over_) {
-      scanned_ = end_;
-      over_ = !fill();
-      continue;
+    if (const auto line = ready(); line || over_) {
+      return line;
     }
-    if (lineEnd == std::string_view::npos && begin_ == end_) {
-      return std::nullopt;
-    }
-    const std::size_t end = std::min(lineEnd, end_);
-    const std::string_view line = waiting.substr(begin_, end - begin_);
-    begin_ = scanned_ = std::min(end + 1, end_);
-    ++number_;
-    return withoutEnd(line);
+    fill();
   }
 }
 
-/// Waits for more; false when there is no more.
-bool InputLines::fill() {
+std::optional<std::string_view> InputLines::ready() {
+  const std::string_view read = std::string_view(buffer_).substr(0, end_);
+  const std::size_t lineEnd = read.find('\n', scanned_);
+  if (lineEnd == std::string_view::npos && (!over_ || begin_ == end_)) {
+    scanned_ = end_;
+    return std::nullopt;
+  }
+  const std::size_t end = std::min(lineEnd, end_);
+  const std::string_view line = read.substr(begin_, end - begin_);
+  begin_ = scanned_ = std::min(end + 1, end_);
+  ++number_;
+  return withoutEnd(line);
+}
+
+void InputLines::fill() {
   constexpr std::size_t kPiece = 1U << 16U;
   buffer_.erase(0, begin_);
   end_ -= begin_;
@@ -62,14 +67,17 @@ bool InputLines::fill() {
   begin_ = 0;
   buffer_.resize(std::max(buffer_.size(), end_ + kPiece + SourceText::kPadding));
   for (;;) {
-    const ssize_t got = ::read(STDIN_FILENO, buffer_.data() + end_, kPiece);
+    const ssize_t got = ::read(descriptor_, buffer_.data() + end_, kPiece);
     if (got >= 0) {
       end_ += static_cast<std::size_t>(got);
-      return got > 0;
+      over_ = got == 0;
+      return;
+    }
+    if (errno == EAGAIN) {
+      return;
     }
     if (errno != EINTR) {
-      throw std::runtime_error(std::string("standard input cannot be read: ") +
-                               std::strerror(errno));
+      throw std::runtime_error(concat({name_, " cannot be read: ", std::strerror(errno)}));
     }
   }
 }

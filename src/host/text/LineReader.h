@@ -24,17 +24,32 @@ class Lines {
   std::size_t number_ = 0;
 };
 
-/// Hands out the lines of standard input as they come.
+/// Hands out the lines of a descriptor, which stays open, as they come.
 class InputLines {
  public:
+  /// Of standard input.
+  InputLines();
+  /// `name` is for messages.
+  InputLines(int descriptor, std::string name) : descriptor_(descriptor), name_(std::move(name)) {}
+
   /// The next line without its end, valid until the next call, with SourceText::kPadding bytes
-  /// behind it; none behind the last one. Raises std::runtime_error when it cannot be read.
+  /// behind it; none behind the last one. Waits for it. Raises std::runtime_error when it cannot be
+  /// read.
   std::optional<std::string_view> next();
+  /// Likewise, without reading: none when no whole line was read yet. The last line counts as
+  /// whole once all is over.
+  std::optional<std::string_view> ready();
+  /// Reads once what there is; of a non-blocking descriptor that may be nothing.
+  void fill();
+  /// Whether the end was read; then `ready` has the rest.
+  bool over() const { return over_; }
+  /// How many bytes were read and not handed out yet.
+  std::size_t waiting() const { return end_ - begin_; }
   std::size_t number() const { return number_; }
 
  private:
-  bool fill();
-
+  int descriptor_;
+  std::string name_;
   std::string buffer_;
   std::size_t begin_ = 0;    // of what was not handed out yet
   std::size_t scanned_ = 0;  // no line end up to here

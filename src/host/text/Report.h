@@ -18,10 +18,11 @@ namespace Host {
 ///         at /vela-l3:policy-source/policy-set[device-name='fw1']/...
 class Report {
  public:
-  /// No more errors than these are said in one run.
+  /// No more errors than these are said in one run, unless told otherwise.
   static constexpr std::size_t kMost = 20;
 
-  Report(std::ostream& err, bool color) : err_(err), color_(color) {}
+  Report(std::ostream& err, bool color, std::size_t most = kMost)
+      : err_(err), color_(color), most_(most) {}
 
   void faults(const SourceText& source, const std::vector<Fault>& faults);
   /// Something is wrong that has no place in a document; `subject` is a file, or "vpm".
@@ -31,7 +32,7 @@ class Report {
 
   std::size_t errors() const noexcept { return errors_; }
   /// How many errors may still be said.
-  std::size_t room() const noexcept { return kMost - errors_; }
+  std::size_t room() const noexcept { return most_ - errors_; }
 
  private:
   void fault(const SourceText& source, const Fault& fault);
@@ -40,6 +41,7 @@ class Report {
 
   std::ostream& err_;
   bool color_;
+  std::size_t most_;
   std::size_t errors_ = 0;
 };
 

@@ -12,7 +12,8 @@ struct RunOptions {
   std::string trace;   ///< empty: none; "-": standard error
   Kel::TextTrace::Levels traceLevels = Kel::TextTrace::kAllLevels;
   bool progress = false;
-  bool color = false;
+  bool color = false;     ///< of messages
+  bool outColor = false;  ///< of what is printed
 };
 
 }  // namespace Host
