@@ -1,4 +1,3 @@
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -7,15 +6,6 @@
 #include "change/ChangeWords.h"
 
 namespace Host {
-namespace {
-
-constexpr std::array<std::string_view, 6> kVerbs{"start",  "stop",    "suspend",
-                                                 "resume", "cleanup", "initialize"};
-constexpr std::array<std::string_view, 2> kTrees{"policy", "service-device"};
-constexpr std::array<std::string_view, 4> kShows{"v2", "status", "audit", "stats"};
-
-}  // namespace
-
 void ChangeWalk::time(Value value) {
   constexpr Kel::Seconds kMost = 1e12;
   if (!is(JsonKind::number, value)) {

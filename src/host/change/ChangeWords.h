@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,11 @@
 namespace Host {
 
 // The words of a change line: members, and what some of them may be.
+
+inline constexpr std::array<std::string_view, 6> kVerbs{"start",  "stop",    "suspend",
+                                                        "resume", "cleanup", "initialize"};
+inline constexpr std::array<std::string_view, 2> kTrees{"policy", "service-device"};
+inline constexpr std::array<std::string_view, 4> kShows{"v2", "status", "audit", "stats"};
 
 /// The position of `name`; `names.size()` when it is not there.
 template <class Names>

@@ -25,6 +25,18 @@ bool isWholeList(const Datum& datum) {
 
 }  // namespace
 
+void TreeEditor::edit(const Change& change) {
+  for (const TreePath& path : change.deletes) {
+    erase(path);
+  }
+  for (const Edit& each : change.replaces) {
+    replace(each);
+  }
+  for (const Edit& each : change.updates) {
+    update(each);
+  }
+}
+
 void TreeEditor::update(const Edit& edit) {
   const std::span<const OwnedStep> steps = edit.path;
   cursor_.make(steps.first(steps.size() - 1));

@@ -22,6 +22,8 @@ class TreeEditor {
  public:
   TreeEditor(const Trees& trees, Touched& touched) : cursor_(trees, touched) {}
 
+  /// What a change deletes, replaces and updates.
+  void edit(const Change& change);
   void erase(const TreePath& path);
   void update(const Edit& edit);
   void replace(const Edit& edit);

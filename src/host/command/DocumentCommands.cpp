@@ -45,6 +45,8 @@ void addReplay(CommandTable& table) {
       ->type_name("DOC");
   command.add_option("--v2", asked->leftOver, "version 2 as an earlier run printed it")
       ->type_name("DOC");
+  command.add_option("--record", asked->record, "write what was applied to this file, as a log")
+      ->type_name("FILE");
   command.add_flag("--no-start", asked->noStart, "start no tree; the log does");
   table.addTime(command, asked->time, "what the clock shows at first, in seconds (default: 0)");
   table.addRunOptions(command);

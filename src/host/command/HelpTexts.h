@@ -39,6 +39,9 @@ Examples:
       one line by hand; lines from standard input are answered as they come
   vpm replay --config new.json --v2 old-run.json < /dev/null
       what a restart makes of version 2 that an earlier run has left
+  vpm replay --config site.json changes.log --record applied.log
+      applied.log is without the lines that were refused, and with the time of each;
+      replayed in the place of changes.log, it comes to the same end
 
 Exit codes:
   0  done

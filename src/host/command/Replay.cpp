@@ -7,6 +7,7 @@
 #include "document/Configuration.h"
 #include "session/Answers.h"
 #include "session/Session.h"
+#include "state/Recording.h"
 #include "text/Concat.h"
 #include "text/ExitCode.h"
 #include "text/LineReader.h"
@@ -31,6 +32,7 @@ class Run {
         answers_(out, trees, session_) {}
 
   void start() { translation_.start(); }
+  void record(Recording& recording) { session_.addLedger(recording); }
   /// A line of the log: one of a file has been checked before, others are checked now.
   void line(std::size_t number, std::string_view text) {
     if (isBlank(text)) {
@@ -121,7 +123,14 @@ int replay(const ReplayRequest& request, const RunOptions& options, const Consol
   if (!options.trace.empty()) {
     trace.emplace(options.trace, options.traceLevels);
   }
+  std::optional<Recording> recording;
+  if (!request.record.empty()) {
+    recording.emplace(request.record, [](const std::string& why) { throw OutputError(why); });
+  }
   Run run(trees, request.time, file ? static_cast<ByteSink&>(*file) : console.out);
+  if (recording) {
+    run.record(*recording);
+  }
   if (request.start) {
     progress.begin("translating", 0);
     run.start();

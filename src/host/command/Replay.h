@@ -12,6 +12,7 @@ namespace Host {
 struct ReplayRequest {
   std::vector<std::string> configs;
   std::string leftOver;  ///< a document with version 2 of an earlier run; empty: none
+  std::string record;    ///< a file for a change log of what was applied; empty: none
   std::string log;       ///< empty or "-": standard input
   Kel::Seconds time = 0;
   bool start = true;

@@ -9,10 +9,10 @@ void appendPredicate(std::string& out, std::string_view name, const Kel::ValueTy
                      const void* value) {
   std::string text;
   type.append(text, value);
-  const char quote = text.find('\'') == std::string::npos ? '\'' : '"';
-  out.append("[").append(name).append("=") += quote;
-  out += text;
-  out.append(1, quote) += ']';
+  // A key that has both kinds of quotes stands without any.
+  const bool single = text.find('\'') == std::string::npos;
+  const std::string_view quote = single ? "'" : text.find('"') == std::string::npos ? "\"" : "";
+  out.append("[").append(name).append("=").append(quote).append(text).append(quote) += ']';
 }
 
 void appendKeys(std::string& out, const Node& node, const void* key) {

@@ -16,7 +16,9 @@ void TreeWriter::container(const Node& top, const Trees& trees) {
 
 void TreeWriter::members(const Node& node, const Kel::PtrInterface& object) {
   for (const Node* const child : node.children) {
-    member(*child, object);
+    if (withState_ || !child->state) {
+      member(*child, object);
+    }
   }
 }
 

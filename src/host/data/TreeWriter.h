@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Kel/PtrInterface.h"
+#include "data/Content.h"
 #include "data/Schema.h"
 #include "text/JsonWriter.h"
 
@@ -17,7 +18,9 @@ namespace Host {
 /// left out; every other scalar is written, also one that nobody has written.
 class TreeWriter {
  public:
-  explicit TreeWriter(JsonWriter& json) : json_(json) {}
+  /// Of what is configured, `content` may leave out what the library has written.
+  explicit TreeWriter(JsonWriter& json, Content content = Content::everything)
+      : json_(json), withState_(content != Content::configuration) {}
 
   /// The member "module:name": { ... } for a container at the top.
   void container(const Node& top, const Trees& trees);
@@ -30,6 +33,7 @@ class TreeWriter {
   void mapping(const Node& mapping, const Kel::PtrInterface& object);
 
   JsonWriter& json_;
+  const bool withState_;
 };
 
 }  // namespace Host

@@ -10,22 +10,18 @@ std::optional<std::string> Session::apply(const Change& change) {
   Touched touched;
   TreeEditor editor(trees_, touched);
   TreeCursor& cursor = editor.cursor();
-  if (auto refused = whyRefused(change, cursor)) {
+  auto refused = whyRefused(change, cursor);
+  if (!refused) {
+    refused = whyNotEntered(change);
+  }
+  if (refused) {
     ++statistics_.failed;
     return refused;
   }
   if (change.time) {
     clock_.timeIs(*change.time);
   }
-  for (const TreePath& path : change.deletes) {
-    editor.erase(path);
-  }
-  for (const Edit& edit : change.replaces) {
-    editor.replace(edit);
-  }
-  for (const Edit& edit : change.updates) {
-    editor.update(edit);
-  }
+  editor.edit(change);
   for (const TreePath& path : change.notifies) {
     editor.notify(path);
   }
@@ -65,6 +61,15 @@ std::optional<std::string> Session::whyRefused(const Change& change, TreeCursor&
   if (change.control) {
     std::string why = translation_.whyNot(*change.control, change.policies, change.serviceDevices);
     if (!why.empty()) {
+      return why;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> Session::whyNotEntered(const Change& change) const {
+  for (Ledger* const ledger : ledgers_) {
+    if (auto why = ledger->enter(change, change.time.value_or(clock_.time()))) {
       return why;
     }
   }

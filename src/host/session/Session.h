@@ -2,10 +2,12 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "audit/Audit.h"
 #include "change/Change.h"
 #include "data/TreeCursor.h"
+#include "session/Ledger.h"
 #include "session/Statistics.h"
 #include "translation/Translation.h"
 #include "translation/VirtualClock.h"
@@ -26,6 +28,8 @@ class Session {
   /// The line's error; none when all went well. A line that cannot be read counts as refused.
   std::optional<std::string> apply(const Change& change);
   void unreadable() { ++statistics_.failed; }
+  /// `ledger` is told of every line from now on, after those that were added before.
+  void addLedger(Ledger& ledger) { ledgers_.push_back(&ledger); }
   /// Compares what the session has come to: see Audit.
   std::vector<Difference> audit() const {
     return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices()).run();
@@ -34,12 +38,14 @@ class Session {
 
  private:
   std::optional<std::string> whyRefused(const Change& change, TreeCursor& cursor) const;
+  std::optional<std::string> whyNotEntered(const Change& change) const;
   void control(const Change& change, TreeCursor& cursor);
 
   const Trees& trees_;
   Translation& translation_;
   VirtualClock& clock_;
   History history_;
+  std::vector<Ledger*> ledgers_;
   Statistics statistics_;
 };
 

@@ -41,6 +41,7 @@ class TextSink : public ByteSink {
  public:
   void write(std::string_view bytes) override { text_ += bytes; }
   const std::string& text() const noexcept { return text_; }
+  void clear() noexcept { text_.clear(); }
 
  private:
   std::string text_;

@@ -1,5 +1,8 @@
 #include "text/JsonWriter.h"
 
+#include <charconv>
+#include <iterator>
+
 #include "text/JsonText.h"
 
 namespace Host {
@@ -153,6 +156,12 @@ void JsonWriter::boolean(bool value) {
 void JsonWriter::number(std::uint64_t value) {
   separate();
   Kel::appendValue(out_, value);
+}
+
+void JsonWriter::real(double value) {
+  separate();
+  char digits[400];  // the smallest double takes 326 places
+  out_.append(digits, std::to_chars(digits, std::end(digits), value, std::chars_format::fixed).ptr);
 }
 
 void JsonWriter::endLine() {

@@ -43,6 +43,8 @@ class JsonWriter {
   void text(std::string_view text);
   void boolean(bool value);
   void number(std::uint64_t value);
+  /// A number with as many digits as it takes to read the same value again.
+  void real(double value);
 
   /// Hands what is written so far to the sink, after a line break.
   void endLine();
