@@ -1,6 +1,5 @@
 #include "change/ChangeWalk.h"
 
-#include <algorithm>
 #include <array>
 
 #include "change/ChangeWords.h"
@@ -12,8 +11,6 @@
 namespace Host {
 namespace {
 
-namespace ondemand = simdjson::ondemand;
-
 // In the order in which they act.
 constexpr std::array<std::string_view, 9> kMembers{
     "time", "delete", "replace", "update", "notify", "control", "tree", "signal", "show"};
@@ -21,46 +18,16 @@ constexpr std::array<std::string_view, 2> kEditMembers{"path", "value"};
 
 }  // namespace
 
-std::vector<Fault> ChangeWalk::read(std::string_view text, Change& change) {
-  text_ = text;
-  tokens_ = JsonTokens(text);
+std::vector<Fault> ChangeWalk::read(std::string_view line, Change& change) {
   change_ = &change;
-  faults_.clear();
-  std::string stumbled;
-  try {
-    ondemand::document document;
-    const simdjson::padded_string_view padded(text.data(), text.size(),
-                                              text.size() + SourceText::kPadding);
-    if (const auto error = parser_.iterate(padded).get(document)) {
-      throw simdjson::simdjson_error(error);
-    }
-    line(document);
-  } catch (const simdjson::simdjson_error& error) {
-    stumbled = error.what();
-  }
-  if (faults_.empty() && stumbled.empty()) {
-    return {};
-  }
-  if (auto syntax = findSyntaxFault(text, "line")) {
-    std::erase_if(faults_, [&](const Fault& each) { return each.offset >= syntax->offset; });
-    faults_.push_back(std::move(*syntax));
-  } else if (!stumbled.empty()) {
-    faults_.push_back({0, 0, concat({"the line cannot be read: ", stumbled}), {}});
-  }
-  std::ranges::stable_sort(faults_, {}, &Fault::offset);
-  return std::move(faults_);
+  return walk(line, "a change line is an object, such as {\"update\": [...]}",
+              [this](Object object) { members(std::move(object)); });
 }
 
-void ChangeWalk::line(ondemand::document& document) {
-  const JsonKind kind = JsonTokens::kindOf(take(document.type()));
-  if (kind != JsonKind::object) {
-    return fault(
-        take(document.raw_json_token()),
-        concat({"a change line is an object, such as {\"update\": [...]}; found ", nameOf(kind)}));
-  }
+void ChangeWalk::members(Object object) {
   std::uint64_t seen = 0;
   std::string_view treeName;
-  for (auto field : take(document.get_object())) {
+  for (auto field : object) {
     const std::string_view name = tokens_.nameOf(field);
     const std::size_t index = positionOf(name, kMembers);
     if (index == kMembers.size()) {
@@ -75,9 +42,6 @@ void ChangeWalk::line(ondemand::document& document) {
   }
   if (!treeName.empty() && (seen >> positionOf("control", kMembers) & 1U) == 0) {
     fault(quoted(treeName), "\"tree\" says which tree \"control\" is for; here is no \"control\"");
-  }
-  if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
-    JsonTokens::stumble();  // there is more behind the object
   }
 }
 

@@ -1,29 +1,18 @@
 #pragma once
 
-#include <simdjson.h>
-
-#include <functional>
-#include <string_view>
-#include <vector>
-
 #include "change/Change.h"
-#include "change/PathReader.h"
-#include "data/JsonTokens.h"
-#include "text/SyntaxCheck.h"
+#include "change/LineWalk.h"
 
 namespace Host {
 
 /// One walk over one change line after the other: the inside of ChangeReader.
-class ChangeWalk {
+class ChangeWalk : private LineWalk {
  public:
+  ChangeWalk() : LineWalk(Content::configuration) {}
   std::vector<Fault> read(std::string_view line, Change& change);
 
  private:
-  using Value = simdjson::ondemand::value;
-  using Object = simdjson::ondemand::object;
-  using Each = std::function<void(Value)>;
-
-  void line(simdjson::ondemand::document& document);
+  void members(Object object);
   void member(std::size_t index, Value value);
   void time(Value value);
   void paths(Value value, std::vector<TreePath>& paths, bool deletes);
@@ -36,21 +25,7 @@ class ChangeWalk {
   void signal(Value value);
   void show(Value value);
 
-  void each(Value value, const Each& element);
-  bool path(Value value, TreePath& path);
-  bool is(JsonKind wanted, Value& value);
-  std::string_view text(Value& value);
-  bool isFirst(std::string_view name, std::size_t index, std::uint64_t& seen);
-  void fault(std::string_view where, std::string message, const TreePath& path = {});
-
-  simdjson::ondemand::parser parser_;
-  PathReader paths_;
-  std::string unescaped_;
-  // Of the line that is being read:
-  std::string_view text_;
-  JsonTokens tokens_{{}};
-  Change* change_ = nullptr;
-  std::vector<Fault> faults_;
+  Change* change_ = nullptr;  // that is being read
 };
 
 }  // namespace Host

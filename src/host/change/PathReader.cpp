@@ -103,7 +103,7 @@ const Node* PathReader::node(const TreePath& path) {
       return nullptr;
     }
   }
-  if (found->state) {
+  if (found->state && content_ == Content::configuration) {
     fail(name, whyReadOnly(*found));
     return nullptr;
   }

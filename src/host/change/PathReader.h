@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "data/Content.h"
 #include "data/ScalarText.h"
 #include "data/TreePath.h"
 
@@ -17,6 +18,9 @@ namespace Host {
 /// blank. Only the last step may mean a whole list.
 class PathReader {
  public:
+  /// `content`: what a path may lead to. Changes are for configuration alone.
+  explicit PathReader(Content content) : content_(content) {}
+
   /// Reads `text` into `path`; false when it is wrong: then see below.
   bool read(std::string_view text, TreePath& path);
 
@@ -45,6 +49,7 @@ class PathReader {
   std::string_view rest() const { return text_.substr(at_, 1); }
   void skipBlanks();
 
+  const Content content_;
   std::string_view text_;
   std::size_t at_ = 0;
   std::string why_;

@@ -15,6 +15,8 @@ int run(const std::vector<std::string>& arguments, const Console& console) {
   addTranslate(table);
   addReplay(table);
   addAudit(table);
+  table.heading("The agent");
+  addAgent(table);
   try {
     return table.run(arguments, console);
   } catch (const std::bad_alloc&) {

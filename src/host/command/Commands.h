@@ -10,5 +10,6 @@ void addTranslate(CommandTable& table);
 void addReplay(CommandTable& table);
 void addAudit(CommandTable& table);
 void addCtl(CommandTable& table);
+void addAgent(CommandTable& table);
 
 }  // namespace Host

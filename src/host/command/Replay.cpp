@@ -17,12 +17,6 @@
 namespace Host {
 namespace {
 
-/// A fault in one line of text, as one line of text.
-std::string inLine(std::string_view line, const Fault& fault) {
-  return concat({"column ", std::to_string(SourceText::placeIn(line, fault.offset).column), ": ",
-                 fault.message, fault.path.empty() ? "" : " at ", fault.path});
-}
-
 class Run {
  public:
   Run(const Trees& trees, Kel::Seconds time, ByteSink& out)

@@ -6,6 +6,33 @@
 #include "data/SortedKeys.h"
 
 namespace Host {
+namespace {
+
+/// The entity that is known to be there.
+const Kel::PtrInterface& entityAt(const Node& node, const Kel::PtrInterface& parent,
+                                  const void* key) {
+  return *static_cast<const Kel::PtrInterface*>(node.row->find(parent, key));
+}
+
+/// Whether there is anything where `path` leads to from `object`.
+bool isThere(std::span<const OwnedStep> path, const Kel::PtrInterface& object) {
+  if (path.empty() || path.front().node->row == nullptr) {
+    return true;  // a leaf of a record or of a pair is there with it
+  }
+  const OwnedStep& step = path.front();
+  const Node& node = *step.node;
+  if (step.key == nullptr && node.kind != Node::Kind::leaf && node.kind != Node::Kind::presence) {
+    return node.row->size(object) != 0;
+  }
+  const void* const found = node.row->find(object, step.keyPlace());
+  if (found == nullptr || node.kind == Node::Kind::leaf) {
+    return found != nullptr && !node.type->absent(found);
+  }
+  const bool isEntity = node.kind == Node::Kind::list || node.kind == Node::Kind::presence;
+  return !isEntity || isThere(path.subspan(1), *static_cast<const Kel::PtrInterface*>(found));
+}
+
+}  // namespace
 
 void TreeWriter::container(const Node& top, const Trees& trees) {
   json_.name(qualifiedName(top));
@@ -80,29 +107,97 @@ void TreeWriter::keys(const Node& list, const Kel::PtrInterface& object) {
     return;
   }
   json_.openArray();
-  for (const void* const record : sorted) {
-    json_.openRecord();
-    for (const Node* const leaf : list.children) {
-      json_.name(leaf->name);
-      json_.value(*leaf->type, static_cast<const std::byte*>(record) + leaf->offset);
-    }
-    json_.closeRecord();
+  for (const void* const each : sorted) {
+    record(list, each);
   }
   json_.closeArray();
 }
 
 void TreeWriter::mapping(const Node& mapping, const Kel::PtrInterface& object) {
   const SortedKeys sorted(*mapping.row, object);
-  const Node& keyLeaf = *mapping.children[0];
-  const Node& valueLeaf = *mapping.children[1];
   json_.openArray();
   for (const void* const key : sorted) {
-    json_.openRecord();
-    json_.name(keyLeaf.name);
-    json_.value(*keyLeaf.type, key);
-    json_.name(valueLeaf.name);
-    json_.value(*valueLeaf.type, mapping.row->find(object, key));
-    json_.closeRecord();
+    pair(mapping, key, mapping.row->find(object, key));
+  }
+  json_.closeArray();
+}
+
+void TreeWriter::record(const Node& list, const void* record) {
+  json_.openRecord();
+  for (const Node* const leaf : list.children) {
+    json_.name(leaf->name);
+    json_.value(*leaf->type, static_cast<const std::byte*>(record) + leaf->offset);
+  }
+  json_.closeRecord();
+}
+
+void TreeWriter::pair(const Node& mapping, const void* key, const void* value) {
+  const Node& keyLeaf = *mapping.children[0];
+  const Node& valueLeaf = *mapping.children[1];
+  json_.openRecord();
+  json_.name(keyLeaf.name);
+  json_.value(*keyLeaf.type, key);
+  json_.name(valueLeaf.name);
+  json_.value(*valueLeaf.type, value);
+  json_.closeRecord();
+}
+
+void TreeWriter::at(const TreePath& path, const Trees& trees) {
+  const Node& top = *path.front().node;
+  const Kel::PtrInterface& root = top.top->root(trees);
+  if (!isThere(std::span(path).subspan(1), root)) {
+    return;
+  }
+  json_.name(qualifiedName(top));
+  json_.openObject();
+  narrowed(top, root, std::span(path).subspan(1));
+  json_.closeObject();
+}
+
+/// Of `object`, which `node` describes: what `path` leads to from there.
+void TreeWriter::narrowed(const Node& node, const Kel::PtrInterface& object,
+                          std::span<const OwnedStep> path) {
+  if (path.empty()) {
+    return members(node, object);
+  }
+  const OwnedStep& step = path.front();
+  const Node& child = *step.node;
+  if (child.kind == Node::Kind::presence) {
+    json_.name(child.name);
+    json_.openObject();
+    narrowed(child, entityAt(child, object, nullptr), path.subspan(1));
+    json_.closeObject();
+  } else if (step.key != nullptr) {
+    json_.name(child.name);
+    narrowedEntry(step, object, path.subspan(1));
+  } else if (!child.isKey()) {  // those were written already
+    member(child, object);
+  }
+}
+
+/// One entry alone, as an array.
+void TreeWriter::narrowedEntry(const OwnedStep& step, const Kel::PtrInterface& object,
+                               std::span<const OwnedStep> below) {
+  const Node& list = *step.node;
+  const void* const key = step.keyPlace();
+  if (list.kind == Node::Kind::leafList) {
+    json_.openScalars();
+    json_.value(*list.type, key);
+    return json_.closeScalars();
+  }
+  json_.openArray();
+  if (list.kind == Node::Kind::records) {
+    record(list, key);
+  } else if (list.kind == Node::Kind::mapping) {
+    pair(list, key, list.row->find(object, key));
+  } else {
+    const Kel::PtrInterface& entry = entityAt(list, object, key);
+    json_.openObject();
+    if (!below.empty()) {
+      member(*list.children.front(), entry);
+    }
+    narrowed(list, entry, below);
+    json_.closeObject();
   }
   json_.closeArray();
 }

@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 
 #include "Kel/PtrInterface.h"
 #include "data/Content.h"
-#include "data/Schema.h"
+#include "data/TreePath.h"
 #include "text/JsonWriter.h"
 
 namespace Host {
@@ -24,8 +25,16 @@ class TreeWriter {
 
   /// The member "module:name": { ... } for a container at the top.
   void container(const Node& top, const Trees& trees);
+  /// Likewise, narrowed to what is at `path`: with the lists and keys that lead to it, and nothing
+  /// else. Nothing at all when there is nothing.
+  void at(const TreePath& path, const Trees& trees);
 
  private:
+  void narrowed(const Node& node, const Kel::PtrInterface& object, std::span<const OwnedStep> path);
+  void narrowedEntry(const OwnedStep& step, const Kel::PtrInterface& object,
+                     std::span<const OwnedStep> below);
+  void record(const Node& list, const void* record);
+  void pair(const Node& mapping, const void* key, const void* value);
   void members(const Node& node, const Kel::PtrInterface& object);
   void member(const Node& child, const Kel::PtrInterface& object);
   void entries(const Node& list, const Kel::PtrInterface& object);

@@ -2,28 +2,19 @@
 
 #include "audit/Difference.h"
 #include "data/TreeWriter.h"
-#include "text/JsonWriter.h"
+#include "text/Reply.h"
 
 namespace Host {
 
 void Answers::error(std::size_t line, std::string_view message) {
   wrong_ = true;
-  JsonWriter json(sink_, Layout::compact);
-  json.openObject();
-  json.name("line");
-  json.number(line);
-  json.name("error");
-  json.text(message);
-  json.closeObject();
-  json.endLine();
+  Reply(sink_, line).error(message);
 }
 
 void Answers::answer(std::size_t line, const Change::Show& show) {
-  JsonWriter json(sink_, Layout::compact);
-  json.openObject();
-  json.name("line");
-  json.number(line);
-  members(json, show);
+  Reply reply(sink_, line);
+  members(reply.json(), show);
+  reply.end();
 }
 
 void Answers::end() {
@@ -34,6 +25,8 @@ void Answers::end() {
   Change::Show show;
   show.v2 = show.status = true;
   members(json, show);
+  json.closeObject();
+  json.endLine();
 }
 
 void Answers::members(JsonWriter& json, const Change::Show& show) {
@@ -49,8 +42,6 @@ void Answers::members(JsonWriter& json, const Change::Show& show) {
   if (show.stats) {
     writeStatistics(json, session_.statistics());
   }
-  json.closeObject();
-  json.endLine();
 }
 
 void Answers::audit(JsonWriter& json) {

@@ -8,6 +8,11 @@ namespace Host {
 void writeStatistics(JsonWriter& json, const Statistics& statistics) {
   json.name("stats");
   json.openObject();
+  writeStatisticsMembers(json, statistics);
+  json.closeObject();
+}
+
+void writeStatisticsMembers(JsonWriter& json, const Statistics& statistics) {
   json.name("applied");
   json.number(statistics.applied);
   json.name("failed");
@@ -34,7 +39,6 @@ void writeStatistics(JsonWriter& json, const Statistics& statistics) {
       },
       &json);
   json.closeArray();
-  json.closeObject();
 }
 
 }  // namespace Host

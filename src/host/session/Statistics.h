@@ -15,5 +15,7 @@ struct Statistics {
 
 /// The member "stats": what was done, and the objects that there are by type, with their bytes.
 void writeStatistics(JsonWriter& json, const Statistics& statistics);
+/// What stands in that member, without its braces.
+void writeStatisticsMembers(JsonWriter& json, const Statistics& statistics);
 
 }  // namespace Host

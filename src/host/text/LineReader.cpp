@@ -52,6 +52,7 @@ std::optional<std::string_view> InputLines::ready() {
     scanned_ = end_;
     return std::nullopt;
   }
+  whole_ = lineEnd != std::string_view::npos;
   const std::size_t end = std::min(lineEnd, end_);
   const std::string_view line = read.substr(begin_, end - begin_);
   begin_ = scanned_ = std::min(end + 1, end_);

@@ -46,6 +46,8 @@ class InputLines {
   /// How many bytes were read and not handed out yet.
   std::size_t waiting() const { return end_ - begin_; }
   std::size_t number() const { return number_; }
+  /// Whether the line that was handed out last had an end; without one it may be cut short.
+  bool isWhole() const { return whole_; }
 
  private:
   int descriptor_;
@@ -55,6 +57,7 @@ class InputLines {
   std::size_t scanned_ = 0;  // no line end up to here
   std::size_t end_ = 0;
   bool over_ = false;
+  bool whole_ = false;
   std::size_t number_ = 0;
 };
 

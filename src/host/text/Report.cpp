@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "Kel/TextTrace.h"
+#include "text/Concat.h"
 
 namespace Host {
 namespace {
@@ -21,6 +22,11 @@ std::string printable(std::string_view text) {
   std::string shown;
   Kel::TextTrace::appendEscaped(shown, text);
   return shown;
+}
+
+std::string inLine(std::string_view line, const Fault& fault) {
+  return concat({"column ", std::to_string(SourceText::placeIn(line, fault.offset).column), ": ",
+                 fault.message, fault.path.empty() ? "" : " at ", fault.path});
 }
 
 void Report::faults(const SourceText& source, const std::vector<Fault>& faults) {

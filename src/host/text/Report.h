@@ -45,6 +45,9 @@ class Report {
   std::size_t errors_ = 0;
 };
 
+/// A fault in one line of text, as one line of text: what an answer says of it.
+std::string inLine(std::string_view line, const Fault& fault);
+
 /// `text` as one line that a terminal only shows: control characters are written as \xHH.
 std::string printable(std::string_view text);
 

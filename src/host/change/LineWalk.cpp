@@ -1,4 +1,7 @@
-#include "change/ChangeWalk.h"
+#include "change/LineWalk.h"
+
+#include <algorithm>
+
 #include "text/Concat.h"
 #include "text/JsonText.h"
 #include "text/Report.h"
@@ -21,7 +24,45 @@ std::size_t rawOffset(std::string_view raw, std::size_t offset) {
 
 }  // namespace
 
-void ChangeWalk::each(Value value, const Each& element) {
+std::vector<Fault> LineWalk::walk(std::string_view text, std::string_view what,
+                                  const std::function<void(Object)>& members) {
+  text_ = text;
+  tokens_ = JsonTokens(text);
+  faults_.clear();
+  std::string stumbled;
+  try {
+    simdjson::ondemand::document document;
+    const simdjson::padded_string_view padded(text.data(), text.size(),
+                                              text.size() + SourceText::kPadding);
+    if (const auto error = parser_.iterate(padded).get(document)) {
+      throw simdjson::simdjson_error(error);
+    }
+    const JsonKind kind = JsonTokens::kindOf(take(document.type()));
+    if (kind != JsonKind::object) {
+      fault(take(document.raw_json_token()), concat({what, "; found ", nameOf(kind)}));
+    } else {
+      members(take(document.get_object()));
+      if (faults_.empty() && document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+        JsonTokens::stumble();  // there is more behind the object
+      }
+    }
+  } catch (const simdjson::simdjson_error& error) {
+    stumbled = error.what();
+  }
+  if (faults_.empty() && stumbled.empty()) {
+    return {};
+  }
+  if (auto syntax = findSyntaxFault(text, "line")) {
+    std::erase_if(faults_, [&](const Fault& each) { return each.offset >= syntax->offset; });
+    faults_.push_back(std::move(*syntax));
+  } else if (!stumbled.empty()) {
+    faults_.push_back({0, 0, concat({"the line cannot be read: ", stumbled}), {}});
+  }
+  std::ranges::stable_sort(faults_, {}, &Fault::offset);
+  return std::move(faults_);
+}
+
+void LineWalk::each(Value value, const Each& element) {
   if (!is(JsonKind::array, value)) {
     return;
   }
@@ -33,7 +74,7 @@ void ChangeWalk::each(Value value, const Each& element) {
   }
 }
 
-bool ChangeWalk::path(Value value, TreePath& path) {
+bool LineWalk::path(Value value, TreePath& path) {
   if (!is(JsonKind::text, value)) {
     return false;
   }
@@ -47,7 +88,7 @@ bool ChangeWalk::path(Value value, TreePath& path) {
   return false;
 }
 
-bool ChangeWalk::is(JsonKind wanted, Value& value) {
+bool LineWalk::is(JsonKind wanted, Value& value) {
   const JsonKind found = tokens_.scalarOf(value).kind;
   if (found != wanted) {
     fault(value.raw_json_token(), concat({"expected ", nameOf(wanted), ", found ", nameOf(found)}));
@@ -55,8 +96,7 @@ bool ChangeWalk::is(JsonKind wanted, Value& value) {
   return found == wanted;
 }
 
-/// What a JSON text stands for; valid until the next call.
-std::string_view ChangeWalk::text(Value& value) {
+std::string_view LineWalk::text(Value& value) {
   const std::string_view raw = tokens_.scalarOf(value).raw;
   if (raw.find('\\') == std::string_view::npos) {
     return raw;
@@ -68,7 +108,7 @@ std::string_view ChangeWalk::text(Value& value) {
   return unescaped_;
 }
 
-bool ChangeWalk::isFirst(std::string_view name, std::size_t index, std::uint64_t& seen) {
+bool LineWalk::isFirst(std::string_view name, std::size_t index, std::uint64_t& seen) {
   const std::uint64_t bit = std::uint64_t{1} << index;
   if ((seen & bit) != 0) {
     fault(quoted(name), concat({"this object has had \"", name, "\" already"}));
@@ -78,7 +118,7 @@ bool ChangeWalk::isFirst(std::string_view name, std::size_t index, std::uint64_t
   return true;
 }
 
-void ChangeWalk::fault(std::string_view where, std::string message, const TreePath& path) {
+void LineWalk::fault(std::string_view where, std::string message, const TreePath& path) {
   const std::vector<Step> steps = stepsOf(path);
   faults_.push_back(
       {tokens_.offsetOf(where), underlined(where), std::move(message), pathOf(steps)});

@@ -1,0 +1,120 @@
+#include "agent/Service.h"
+
+#include <unistd.h>
+
+#include <fstream>
+
+#include "audit/Difference.h"
+#include "data/TreeWriter.h"
+#include "session/Answers.h"
+#include "text/Concat.h"
+#include "text/Report.h"
+
+namespace Host {
+namespace {
+
+constexpr std::string_view kRealClock =
+    "\"time\" is for a replay; the clock of an agent is the real one";
+
+std::size_t residentBytes() {
+  std::size_t all = 0;
+  std::size_t resident = 0;
+  std::ifstream("/proc/self/statm") >> all >> resident;
+  return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+}  // namespace
+
+void Service::line(Client& from, std::size_t number, std::string_view line) {
+  ++lines_;
+  if (!requests_.isRequest(line)) {
+    return change(from.output(), number, line);
+  }
+  Request read;
+  const std::vector<Fault> faults = requests_.read(line, read);
+  if (!faults.empty()) {
+    Reply(from.output(), number).error(inLine(line, faults.front()));
+  } else {
+    request(from, number, read);
+  }
+}
+
+void Service::change(ByteSink& out, std::size_t number, std::string_view line) {
+  Change change;
+  const std::vector<Fault> faults = changes_.read(line, change);
+  if (!faults.empty() || change.time) {
+    engine_.unreadable();
+    Reply(out, number).error(faults.empty() ? kRealClock : inLine(line, faults.front()));
+  } else if (const auto error = engine_.apply(change)) {
+    Reply(out, number).error(*error);
+  } else {
+    Answers(out, engine_.trees(), engine_.session()).answer(number, change.show);
+  }
+}
+
+void Service::request(Client& from, std::size_t number, const Request& request) {
+  if (request.kind == Request::Kind::wait) {
+    return waits_.add(from, number, request);
+  }
+  Reply reply(from.output(), number);
+  switch (request.kind) {
+    case Request::Kind::show:
+      show(reply, request);
+      break;
+    case Request::Kind::audit:
+      reply.json().name("audit");
+      writeDifferences(reply.json(), engine_.session().audit());
+      break;
+    case Request::Kind::stats:
+      statistics(reply.json());
+      break;
+    case Request::Kind::stop:
+      reply.json().name("stopping");
+      reply.json().boolean(true);
+      stopping_ = true;
+      break;
+    default:
+      return reply.error("this agent cannot do that");
+  }
+  reply.end();
+}
+
+void Service::show(Reply& reply, const Request& request) {
+  JsonWriter& json = reply.json();
+  json.name("data");
+  json.openObject();
+  if (request.path) {
+    TreeWriter(json).at(*request.path, engine_.trees());
+  } else {
+    for (const Node* const top : Schema::instance().tops()) {
+      if ((request.v1 && top->module == "vela-l3") || (request.v2 && top->module == "vela-l3v2") ||
+          (request.status && top->module == "vela-policy-monitor")) {
+        TreeWriter(json).container(*top, engine_.trees());
+      }
+    }
+  }
+  json.closeObject();
+}
+
+void Service::statistics(JsonWriter& json) {
+  using std::chrono::seconds;
+  const auto up = std::chrono::steady_clock::now() - started_;
+  json.name("stats");
+  json.openObject();
+  writeStatisticsMembers(json, engine_.session().statistics());
+  json.name("uptime");
+  json.number(static_cast<std::uint64_t>(std::chrono::duration_cast<seconds>(up).count()));
+  json.name("clients");
+  json.number(clients_.size());
+  json.name("lines");
+  json.number(lines_);
+  json.name("waiting-input");
+  json.number(clients_.waitingInput());
+  json.name("waiting-output");
+  json.number(clients_.waitingOutput());
+  json.name("resident");
+  json.number(residentBytes());
+  json.closeObject();
+}
+
+}  // namespace Host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+
+#include "agent/Clients.h"
+#include "agent/Waits.h"
+#include "change/ChangeReader.h"
+#include "protocol/RequestReader.h"
+#include "text/Reply.h"
+
+namespace Host {
+
+/// Answers the lines of the control socket: change lines, and requests.
+class Service : public Answerer {
+ public:
+  Service(Engine& engine, const Clients& clients)
+      : engine_(engine), clients_(clients), waits_(engine) {}
+
+  void line(Client& from, std::size_t number, std::string_view line) override;
+  void gone(Client& from) override { waits_.drop(from); }
+  /// Whether a client has asked the agent to stop.
+  bool isOver() const override { return stopping_; }
+
+  /// Between two turns: answers that have become due.
+  void look() { waits_.look(); }
+  std::optional<std::chrono::milliseconds> patience() const { return waits_.patience(); }
+
+ private:
+  void change(ByteSink& out, std::size_t number, std::string_view line);
+  void request(Client& from, std::size_t number, const Request& request);
+  void show(Reply& reply, const Request& request);
+  void statistics(JsonWriter& json);
+
+  Engine& engine_;
+  const Clients& clients_;
+  Waits waits_;
+  ChangeReader changes_;
+  RequestReader requests_;
+  const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+  std::size_t lines_ = 0;
+  bool stopping_ = false;
+};
+
+}  // namespace Host

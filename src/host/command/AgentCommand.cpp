@@ -1,0 +1,42 @@
+#include <CLI/CLI.hpp>
+
+#include "agent/Agent.h"
+#include "command/CommandTable.h"
+#include "command/Commands.h"
+
+namespace Host {
+namespace {
+
+constexpr const char* kHelp =
+    R"(The agent runs until it is told to stop: by "vpm ctl stop", SIGTERM or SIGINT. It answers
+on a socket that its user alone can open: SOCKET, else $VPM_SOCKET, else
+$XDG_RUNTIME_DIR/vpm.sock, else /run/vpm.sock. What it has to say goes to standard error.
+
+Examples:
+  vpm agent --config firewall.json
+      run on one document
+  vpm agent --config policies.json devices.json status.json --listen /tmp/lab.sock
+      merge three documents, and listen elsewhere
+  echo '{"request":"show"}' | nc -NU /tmp/lab.sock
+      ask it without "vpm ctl"
+
+Exit codes:
+  0  stopped as told
+  2  a document or the command line is wrong; the agent was not started
+  3  the socket or a file cannot be used, another agent listens there, or the machine failed
+)";
+
+}  // namespace
+
+void addAgent(CommandTable& table) {
+  const auto asked = std::make_shared<AgentRequest>();
+  CLI::App& command = table.add("agent", "run both trees and listen for changes", kHelp,
+                                [asked](const auto& options, const auto& console) {
+                                  return agent(*asked, options, console);
+                                });
+  command.add_option("--config", asked->configs, "load these documents first")->type_name("DOC");
+  command.add_option("--listen", asked->listen, "the control socket")->type_name("SOCKET");
+  table.addRunOptions(command);
+}
+
+}  // namespace Host
