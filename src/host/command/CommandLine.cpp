@@ -17,6 +17,7 @@ int run(const std::vector<std::string>& arguments, const Console& console) {
   addAudit(table);
   table.heading("The agent");
   addAgent(table);
+  addCtl(table);
   try {
     return table.run(arguments, console);
   } catch (const std::bad_alloc&) {

@@ -80,7 +80,7 @@ CLI::App& CommandTable::add(const char* name, const char* about, const char* hel
 CLI::App& CommandTable::add(CLI::App& parent, const char* name, const char* about, const char* help,
                             Action action) {
   CLI::App& command = *parent.add_subcommand(name, about);
-  command.footer(help);
+  command.group("Commands")->footer(help);
   entries_.push_back({&command, std::move(action)});
   return command;
 }

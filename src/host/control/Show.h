@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "control/ControlOptions.h"
+#include "text/Console.h"
+#include "text/RunOptions.h"
+
+namespace Host {
+
+/// What `vpm ctl show` is asked for. Nothing of v1, v2, status: what the path is of; version 2
+/// where there is no path.
+struct ShowRequest : ControlOptions {
+  std::string path;  ///< empty: all
+  bool v1 = false;
+  bool v2 = false;
+  bool status = false;
+};
+
+/// Prints what a running agent holds. Raises std::runtime_error when there is none.
+int show(const ShowRequest& request, const RunOptions& options, const Console& console);
+
+}  // namespace Host
