@@ -26,8 +26,7 @@ class ControlCommands {
  public:
   explicit ControlCommands(CommandTable& table)
       : table_(table),
-        group_(table.addGroup("ctl", "talk to a running agent: ask it, and change what it holds",
-                              kCtlHelp)) {
+        group_(table.addGroup("ctl", "ask a running agent, and change what it holds", kCtlHelp)) {
     addSocket(group_, *socket_);
   }
 

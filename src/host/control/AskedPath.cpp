@@ -5,7 +5,7 @@
 namespace Host {
 
 bool readAskedPath(const std::string& text, TreePath& path, Report& report) {
-  PathReader reader;
+  PathReader reader(Content::everything);
   if (reader.read(text, path)) {
     return true;
   }

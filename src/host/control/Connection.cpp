@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include "protocol/SocketPath.h"
@@ -23,10 +24,11 @@ std::string noAgent(const std::string& socket, int error) {
     case ENOENT:
       return concat({none, "there is no such socket; ", start});
     case ECONNREFUSED:
-      return concat({none, "nobody listens there any more, the agent has ended; ", start});
-    case ENOTSOCK:
-    case EPROTOTYPE:
-      return concat({none, "that is no socket of an agent; ", start});
+      return concat({none,
+                     std::filesystem::is_socket(socket)
+                         ? "nobody listens there any more, the agent has ended; "
+                         : "that is no socket; ",
+                     start});
     case EACCES:
       return concat({"the socket ", socket,
                      " is not yours to open; run this as the user who runs the agent"});

@@ -47,12 +47,18 @@ std::vector<std::string_view> reasonsFor(std::string_view device, const object& 
 }
 
 /// Which of a device's trees have not converged.
-std::string notConverged(const object& device) {
-  const bool policy = boolIn(device, "policy");
-  const bool serviceDevice = boolIn(device, "service-device");
-  return concat({policy ? "" : "its policies have not converged",
-                 !policy && !serviceDevice ? "; " : "",
-                 serviceDevice ? "" : "its VRFs have not converged"});
+std::string_view notConverged(const object& device) {
+  // A tree that does not have the device says nothing.
+  const auto isLate = [&](std::string_view tree) {
+    bool converged = true;
+    return device[tree].get(converged) == simdjson::SUCCESS && !converged;
+  };
+  const bool policies = isLate("policy");
+  const bool vrfs = isLate("service-device");
+  return policies && vrfs ? "its policies and its VRFs have not converged"
+         : policies       ? "its policies have not converged"
+         : vrfs           ? "its VRFs have not converged"
+                          : "version 1 does not have this device";
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include "text/Concat.h"
 #include "text/LineReader.h"
-#include "text/SourceText.h"
+#include "text/Report.h"
 
 namespace Host {
 
@@ -35,9 +35,7 @@ std::optional<std::string> SentLines::faultOf(std::string_view line) {
   if (faults.empty()) {
     return std::nullopt;
   }
-  const Fault& first = faults.front();
-  return concat({"column ", std::to_string(SourceText::placeIn(line, first.offset).column), ": ",
-                 first.message, first.path.empty() ? "" : " at ", first.path});
+  return inLine(line, faults.front());
 }
 
 std::optional<AgentAnswer> SentLines::next() {

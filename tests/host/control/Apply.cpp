@@ -83,7 +83,9 @@ TEST(Apply, TakesAnswersThatAreLargerThanTheSocketHolds) {
 }
 
 TEST(Apply, TakesNoRequestsFromALog) {
-  FakeAgent agent(always(""));
+  FakeAgent agent([](std::size_t number, const std::string& line) {
+    return line.empty() ? "" : R"({"line":)" + std::to_string(number) + "}\n";
+  });
   const std::string log = agent.folder().write(
       "changes.log", "{\"request\":\"stop\"}\n{\"re\\u0071uest\":\"stop\"}\n{}\n");
   const Outcome outcome = agent.ctl({"apply", log});

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 TEST(Connection, SaysWhichSocketWasTriedAndWhatToDoWhenThereIsNone) {
   const Folder folder;
   const std::string socket = folder.path("none.sock");
-  const Outcome outcome = runVpm({"ctl", "stats", "--socket", socket});
+  const Outcome outcome = runVpm({"ctl", "show", "--socket", socket});
   EXPECT_EQ(outcome.exitCode, 3);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err, "vpm: error: no agent at " + socket +

@@ -87,10 +87,11 @@ TEST(WaitConverged, SaysWhichDevicesAreLateAndWhyWhenTheTimeIsUp) {
   const FakeAgent agent([](std::size_t number, const std::string& line) {
     const std::string start = R"({"line":)" + std::to_string(number);
     return line.find("audit") == std::string::npos
-               ? start + R"(,"converged":false,"devices":[)"
-                         R"({"device":"fw1","policy":false,"service-device":true},)"
-                         R"({"device":"fw2","policy":false,"service-device":false}]})"
-                         "\n"
+               ? start +
+                     R"(,"converged":false,"devices":[)"
+                     R"({"device":"fw1","policy":false,"service-device":true},)"
+                     R"({"device":"fw2","policy":false,"service-device":false},{"device":"fw3"}]})"
+                     "\n"
                : start + kDifferences + "}\n";
   });
   const Outcome outcome = agent.ctl({"wait", "--timeout", "0"});
@@ -98,7 +99,8 @@ TEST(WaitConverged, SaysWhichDevicesAreLateAndWhyWhenTheTimeIsUp) {
   EXPECT_EQ(outcome.out, R"(fw1: its policies have not converged
   the record of fw1 has no network VRF name for red, so that nothing of this VRF
     is translated
-fw2: its policies have not converged; its VRFs have not converged
+fw2: its policies and its VRFs have not converged
+fw3: version 1 does not have this device
 )");
   const Outcome json = agent.ctl({"wait", "--timeout", "0", "--json"});
   EXPECT_EQ(json.exitCode, 1);
