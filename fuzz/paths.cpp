@@ -5,7 +5,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = Fuzz::textOf(data, size);
-  Host::PathReader reader;
+  Host::PathReader reader(Host::Content::everything);
   Host::TreePath path;
   if (!reader.read(text, path)) {
     Fuzz::require(reader.offset() <= text.size(), "a fault is inside the path");

@@ -168,14 +168,29 @@ bool PathReader::keyText(Key& key) {
     key.text = withoutBlanks(name("]"));
     return true;
   }
-  const std::size_t begin = at_ + 1;
-  const std::size_t end = text_.find(quote, begin);
-  if (end == std::string_view::npos) {
-    return fail(text_.substr(at_, 1), "this quote is not closed");
-  }
-  key.text = text_.substr(begin, end - begin);
-  at_ = end + 1;
+  const std::size_t begin = at_;
+  do {
+    const std::size_t end = text_.find(quote, at_ + 1);
+    if (end == std::string_view::npos) {
+      return fail(text_.substr(begin, 1), "this quote is not closed");
+    }
+    at_ = end + 1;
+    key.doubled = here() == quote ? quote : key.doubled;
+  } while (here() == quote);
+  key.text = text_.substr(begin + 1, at_ - begin - 2);
   return true;
+}
+
+std::string_view PathReader::valueOf(const Key& key) {
+  if (key.doubled == '\0') {
+    return key.text;
+  }
+  undoubled_.clear();
+  for (std::size_t at = 0; at < key.text.size(); ++at) {
+    undoubled_ += key.text[at];
+    at += key.text[at] == key.doubled ? 1 : 0;
+  }
+  return undoubled_;
 }
 
 bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value, std::size_t& seen) {
@@ -185,7 +200,7 @@ bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value, 
                                     " is named by its value alone: ", example(node)}));
     }
     seen = 1;
-    return scalars_.readPlain(node, key.text, value.get()) || fail(key.text, scalars_.why());
+    return scalars_.readPlain(node, valueOf(key), value.get()) || fail(key.text, scalars_.why());
   }
   std::size_t hint = 0;
   const Node* const leaf = node.child(withoutModule(node, key.name), hint);
@@ -200,7 +215,7 @@ bool PathReader::assign(const Node& node, const Key& key, Kel::AnyValue& value, 
   }
   seen |= std::size_t{1} << leaf->position;
   void* const place = static_cast<std::byte*>(value.get()) + leaf->offset;
-  return scalars_.readPlain(*leaf, key.text, place) || fail(key.text, scalars_.why());
+  return scalars_.readPlain(*leaf, valueOf(key), place) || fail(key.text, scalars_.why());
 }
 
 bool PathReader::isComplete(const Node& node, std::string_view name, std::size_t seen) {

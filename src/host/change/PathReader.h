@@ -14,8 +14,9 @@ namespace Host {
 ///
 /// The first name has its module in front, the others may have it. An entry of a list is named by
 /// its keys, in any order, an entry of a leaf-list by [.='value']. Keys stand in single or double
-/// quotes; the quotes may be left out where the key holds no ']' and does not begin or end with a
-/// blank. Only the last step may mean a whole list.
+/// quotes, and a quote of that kind inside the key stands twice. The quotes may be left out where
+/// the key holds no ']' and does not begin or end with a blank. Only the last step may mean a whole
+/// list.
 class PathReader {
  public:
   /// `content`: what a path may lead to. Changes are for configuration alone.
@@ -32,7 +33,8 @@ class PathReader {
  private:
   struct Key {
     std::string_view name;
-    std::string_view text;
+    std::string_view text;  // between the quotes, as it stands
+    char doubled = '\0';    // a quote that stands twice in it where it is meant once
   };
 
   bool step(TreePath& path);
@@ -40,6 +42,7 @@ class PathReader {
   bool predicates(TreePath& path);
   bool predicate(Key& key);
   bool keyText(Key& key);
+  std::string_view valueOf(const Key& key);
   bool assign(const Node& node, const Key& key, Kel::AnyValue& value, std::size_t& seen);
   bool isComplete(const Node& node, std::string_view name, std::size_t seen);
 
@@ -52,6 +55,7 @@ class PathReader {
   const Content content_;
   std::string_view text_;
   std::size_t at_ = 0;
+  std::string undoubled_;
   std::string why_;
   std::size_t offset_ = 0;
   std::size_t length_ = 0;

@@ -9,10 +9,14 @@ void appendPredicate(std::string& out, std::string_view name, const Kel::ValueTy
                      const void* value) {
   std::string text;
   type.append(text, value);
-  // A key that has both kinds of quotes stands without any.
-  const bool single = text.find('\'') == std::string::npos;
-  const std::string_view quote = single ? "'" : text.find('"') == std::string::npos ? "\"" : "";
-  out.append("[").append(name).append("=").append(quote).append(text).append(quote) += ']';
+  const bool single = text.find('\'') == std::string::npos || text.find('"') != std::string::npos;
+  const char quote = single ? '\'' : '"';
+  out.append("[").append(name).append("=") += quote;
+  for (const char byte : text) {
+    // In a key that has both kinds of quotes, those of the outer kind stand twice.
+    out.append(byte == quote ? 2U : 1U, byte);
+  }
+  (out += quote) += ']';
 }
 
 void appendKeys(std::string& out, const Node& node, const void* key) {
