@@ -56,6 +56,9 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
   if (request.kind == Request::Kind::wait) {
     return waits_.add(from, number, request);
   }
+  if (request.kind == Request::Kind::watch) {
+    return watches_.add(from, number, request);
+  }
   Reply reply(from.output(), number);
   switch (request.kind) {
     case Request::Kind::show:
@@ -106,6 +109,8 @@ void Service::statistics(JsonWriter& json) {
   json.number(static_cast<std::uint64_t>(std::chrono::duration_cast<seconds>(up).count()));
   json.name("clients");
   json.number(clients_.size());
+  json.name("watches");
+  json.number(watches_.size());
   json.name("lines");
   json.number(lines_);
   json.name("waiting-input");

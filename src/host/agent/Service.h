@@ -4,6 +4,7 @@
 
 #include "agent/Clients.h"
 #include "agent/Waits.h"
+#include "agent/Watches.h"
 #include "change/ChangeReader.h"
 #include "protocol/RequestReader.h"
 #include "text/Reply.h"
@@ -14,15 +15,21 @@ namespace Host {
 class Service : public Answerer {
  public:
   Service(Engine& engine, const Clients& clients)
-      : engine_(engine), clients_(clients), waits_(engine) {}
+      : engine_(engine), clients_(clients), waits_(engine), watches_(engine.trees()) {}
 
   void line(Client& from, std::size_t number, std::string_view line) override;
-  void gone(Client& from) override { waits_.drop(from); }
+  void gone(Client& from) override {
+    waits_.drop(from);
+    watches_.drop(from);
+  }
   /// Whether a client has asked the agent to stop.
   bool isOver() const override { return stopping_; }
 
   /// Between two turns: answers that have become due.
-  void look() { waits_.look(); }
+  void look() {
+    waits_.look();
+    watches_.look();
+  }
   std::optional<std::chrono::milliseconds> patience() const { return waits_.patience(); }
 
  private:
@@ -34,6 +41,7 @@ class Service : public Answerer {
   Engine& engine_;
   const Clients& clients_;
   Waits waits_;
+  Watches watches_;
   ChangeReader changes_;
   RequestReader requests_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
