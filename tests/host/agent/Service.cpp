@@ -46,7 +46,7 @@ TEST_F(AgentAnswers, AuditAndStatistics) {
             R"({"line":1,"audit":{"equal":true,"differences":[]}})");
   const std::string answer = client.ask(R"({"request":"stats"})");
   EXPECT_THAT(answer, StartsWith(R"({"line":2,"stats":{"applied":0,"failed":0,"writes":0,)"));
-  EXPECT_THAT(answer, HasSubstr(R"("clients":1,"lines":2,)"));
+  EXPECT_THAT(answer, HasSubstr(R"("clients":1,"watches":0,"lines":2,)"));
   EXPECT_THAT(answer, HasSubstr(R"("resident":)"));
 }
 
