@@ -14,7 +14,7 @@ class Cursor {
  public:
   explicit Cursor(std::string_view content) : rest_(content) {}
 
-  bool atEnd() const { return rest_.empty(); }
+  std::size_t left() const { return rest_.size(); }
 
   template <class T>
   bool take(T& value) {
@@ -77,6 +77,19 @@ bool readRecord(Cursor& cursor, const std::function<const Site*(std::uint32_t)>&
 
 }  // namespace
 
+std::size_t readRecords(std::string_view records,
+                        const std::function<const Site*(std::uint32_t)>& siteOf,
+                        const std::function<void(const Record&)>& each) {
+  Cursor cursor(records);
+  Record record{};
+  std::size_t left = cursor.left();
+  while (left != 0 && readRecord(cursor, siteOf, record)) {
+    each(record);
+    left = cursor.left();
+  }
+  return records.size() - left;
+}
+
 bool forEachRecord(std::span<const std::byte> memory, std::size_t segmentSize,
                    const std::function<const Site*(std::uint32_t)>& siteOf,
                    const std::function<void(const Record&)>& each) {
@@ -94,16 +107,8 @@ bool forEachRecord(std::span<const std::byte> memory, std::size_t segmentSize,
   std::sort(packets.begin(), packets.end());
 
   bool whole = true;
-  Record record{};
   for (const auto& [sequence, content] : packets) {
-    Cursor cursor(content);
-    while (!cursor.atEnd()) {
-      if (!readRecord(cursor, siteOf, record)) {
-        whole = false;
-        break;
-      }
-      each(record);
-    }
+    whole = readRecords(content, siteOf, each) == content.size() && whole;
   }
   return whole;
 }

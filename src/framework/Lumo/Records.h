@@ -25,6 +25,13 @@ struct Record {
   std::vector<RecordedValue> values;
 };
 
+/// Reads records that lie behind one another and calls `each` for every one. Returns the size of
+/// those: less than all of `records` when what follows is cut off or names an unknown site, for
+/// which `siteOf` returns null.
+std::size_t readRecords(std::string_view records,
+                        const std::function<const Site*(std::uint32_t)>& siteOf,
+                        const std::function<void(const Record&)>& each);
+
 /// Reads the records of a ring, oldest first, and calls `each` for every one. `memory` is that of
 /// all segments behind one another (TraceFile::memory or the files); `siteOf` finds a site by its
 /// number and returns null for an unknown one. False when a segment does not hold what its header

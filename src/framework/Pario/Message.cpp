@@ -58,7 +58,9 @@ void appendTyped(std::string& out, const Lumo::RecordedValue& value) {
   type->append(out, place.get());
 }
 
-void appendRecorded(std::string& out, const Lumo::RecordedValue& value) {
+}  // namespace
+
+void appendValue(std::string& out, const Lumo::RecordedValue& value) {
   switch (value.type->kind) {
     case Lumo::Kind::text:
       out += value.bytes;
@@ -89,8 +91,6 @@ void appendRecorded(std::string& out, const Lumo::RecordedValue& value) {
   }
 }
 
-}  // namespace
-
 void appendMessage(std::string& out, const Lumo::Record& record) {
   out.append(record.site->scope).append(record.site->form);
   auto value = record.values.begin();
@@ -99,7 +99,7 @@ void appendMessage(std::string& out, const Lumo::Record& record) {
       out += piece.literal;
     } else {
       const std::size_t from = out.size();
-      appendRecorded(out, *value++);
+      appendValue(out, *value++);
       Kel::TextTrace::escapeFrom(out, from);
     }
   }

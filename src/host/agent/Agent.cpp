@@ -1,5 +1,6 @@
 #include "agent/Agent.h"
 
+#include <optional>
 #include <ostream>
 
 #include "agent/Clients.h"
@@ -13,7 +14,7 @@
 #include "text/Concat.h"
 #include "text/ExitCode.h"
 #include "text/OutputFile.h"
-#include "tracing/TextTrace.h"
+#include "tracing/Tracing.h"
 
 namespace Host {
 namespace {
@@ -63,10 +64,7 @@ int agent(const AgentRequest& request, const RunOptions& options, const Console&
   if (!options.output.empty()) {
     file.emplace(options.output);
   }
-  std::optional<TextTrace> trace;
-  if (!options.trace.empty()) {
-    trace.emplace(options.trace, options.traceLevels);
-  }
+  std::optional<Tracing> trace(options);
   Engine engine(trees);
   engine.start();
   progress.end();

@@ -15,6 +15,7 @@ int run(const std::vector<std::string>& arguments, const Console& console) {
   addTranslate(table);
   addReplay(table);
   addAudit(table);
+  addTrace(table);
   table.heading("The agent");
   addAgent(table);
   addCtl(table);

@@ -8,6 +8,7 @@
 #include "text/ExitCode.h"
 #include "text/Report.h"
 #include "text/Suggest.h"
+#include "tracing/Tracing.h"
 
 namespace Host {
 namespace {
@@ -113,9 +114,21 @@ void CommandTable::addRunOptions(CLI::App& command) {
     Kel::TextTrace::parseLevels(text, options_.traceLevels, why);
     return why;
   };
+  const auto size = [this](const std::string& text) {
+    std::string why;
+    parseTraceSize(text, options_.traceSize, why);
+    return why;
+  };
   addOutputOptions(command);
   command.add_option("--trace", options_.trace, "write the text trace to this file; - is stderr")
       ->type_name("FILE");
+  command
+      .add_option("--trace-file", options_.traceFile,
+                  "write the binary trace to this folder, for vpm trace")
+      ->type_name("FOLDER");
+  command.add_option("--trace-size", "how much of it is kept, the last lines (default: 8M)")
+      ->check(size)
+      ->type_name("SIZE");
   command.add_option("--trace-levels", "6 decisions, 7 exits, 8 entries (default: 0-9)")
       ->check(levels)
       ->type_name("LEVELS");

@@ -50,7 +50,7 @@ class CommandTable {
   void addOutputOptions(CLI::App& command);
   /// --color alone.
   void addColorOption(CLI::App& command);
-  /// These and --trace, --trace-levels.
+  /// These and --trace, --trace-file, --trace-size, --trace-levels.
   void addRunOptions(CLI::App& command);
   /// --time, in seconds.
   void addTime(CLI::App& command, Kel::Seconds& time, const std::string& what);

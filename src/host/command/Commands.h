@@ -11,5 +11,6 @@ void addReplay(CommandTable& table);
 void addAudit(CommandTable& table);
 void addCtl(CommandTable& table);
 void addAgent(CommandTable& table);
+void addTrace(CommandTable& table);
 
 }  // namespace Host

@@ -64,4 +64,28 @@ Exit codes:
   3  a file could not be written, or the machine failed
 )";
 
+inline constexpr const char* kTraceHelp = R"(A trace is a folder that --trace-file of translate, replay or agent has made. It can
+be read while it is written, and when its process has crashed or was killed. What the
+process before that one left is in FOLDER.previous. Any reader of Common Trace Format
+1.8, such as babeltrace2, takes the folder too.
+
+Examples:
+  vpm replay --config site.json --trace-file t --trace-size 1G changes.log > answers
+  vpm trace t
+      every line of that run
+  vpm trace t --level 6 --class PolicyTranslatePerVrfSm --from 12 --to 13.5
+      what was added to and removed from policies in a second and a half
+  vpm trace /run/vpm/trace --follow --last 20
+      what an agent does, from the last 20 lines on
+  vpm trace t --json | jq -r 'select(.values.VRF_name == "red") | .message'
+      lines by their values
+  vpm trace t --chrome > t.json
+      a timeline; each line takes a nanosecond, as the clock is read once per event
+
+Exit codes:
+  0  done
+  2  there is no trace, or the command line is wrong; nothing was printed
+  3  a part of the trace cannot be read; the rest was printed
+)";
+
 }  // namespace Host

@@ -12,7 +12,7 @@
 #include "text/ExitCode.h"
 #include "text/LineReader.h"
 #include "text/OutputFile.h"
-#include "tracing/TextTrace.h"
+#include "tracing/Tracing.h"
 
 namespace Host {
 namespace {
@@ -113,10 +113,7 @@ int replay(const ReplayRequest& request, const RunOptions& options, const Consol
   if (!options.output.empty()) {
     file.emplace(options.output);
   }
-  std::optional<TextTrace> trace;
-  if (!options.trace.empty()) {
-    trace.emplace(options.trace, options.traceLevels);
-  }
+  std::optional<Tracing> trace(options);
   std::optional<Recording> recording;
   if (!request.record.empty()) {
     recording.emplace(request.record, [](const std::string& why) { throw OutputError(why); });

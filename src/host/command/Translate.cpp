@@ -8,7 +8,7 @@
 #include "servicedevice/VelaServiceDeviceTranslateSm.h"
 #include "text/ExitCode.h"
 #include "text/OutputFile.h"
-#include "tracing/TextTrace.h"
+#include "tracing/Tracing.h"
 #include "translation/VirtualClock.h"
 
 namespace Host {
@@ -43,10 +43,7 @@ int translate(const std::vector<std::string>& documents, Kel::Seconds time,
   if (!options.output.empty()) {
     file.emplace(options.output);
   }
-  std::optional<TextTrace> trace;
-  if (!options.trace.empty()) {
-    trace.emplace(options.trace, options.traceLevels);
-  }
+  std::optional<Tracing> trace(options);
   const VirtualClock clock(time);
   const auto policies =
       VelaPolicyMonitor::policyTranslateRootSmFactory(trees.policyV1, trees.policyV2, trees.status);

@@ -1,0 +1,85 @@
+#include "tracing/Tracing.h"
+
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+
+#include "Pario/Listening.h"
+#include "text/ByteSink.h"
+#include "text/Concat.h"
+
+namespace Host {
+namespace {
+
+/// The oldest lines are dropped by the segment: an eighth of the trace at once.
+constexpr std::size_t kSegments = 8;
+constexpr std::size_t kSmallest = kSegments * Lumo::Segments::kSmallest;
+constexpr std::size_t kLargest = kSegments * Lumo::Segments::kLargest;
+
+}  // namespace
+
+Tracing::Tracing(const RunOptions& options)
+    : facility_(Kel::TextTrace::facility("VelaPolicyMonitor")), levelsBefore_(facility_.levels()) {
+  // The ring first: when it fails the text trace is as it was.
+  if (!options.traceFile.empty()) {
+    openRing(options);
+  }
+  if (!options.trace.empty()) {
+    openText(options);
+  }
+}
+
+void Tracing::openText(const RunOptions& options) {
+  const std::string& file = options.trace;
+  if (file != "-") {
+    const std::ofstream emptied(file, std::ios::trunc);  // the sink itself only appends
+  }
+  std::string why;
+  auto sink = Kel::TextTrace::fileSink(file, why);
+  if (sink == nullptr) {
+    throw OutputError(concat({file, ": the trace cannot be written: ", why}));
+  }
+  sinkBefore_ = Kel::TextTrace::sinkIs(std::move(sink));
+  facility_.levelsAre(options.traceLevels);
+}
+
+void Tracing::openRing(const RunOptions& options) {
+  constexpr std::size_t kStep = Lumo::Segments::kSmallest;
+  const std::size_t segment = (options.traceSize / kSegments + kStep - 1) / kStep * kStep;
+  std::string why;
+  ring_ = Lumo::TraceFile::open(options.traceFile, segment, kSegments, why);
+  if (ring_ == nullptr) {
+    throw OutputError(concat({options.traceFile, ": the trace cannot be written: ", why}));
+  }
+  Pario::binaryLevelsAre(options.traceLevels);
+  ringBefore_ = Lumo::defaultHandleIs(ring_.get());
+}
+
+Tracing::~Tracing() {
+  if (sinkBefore_ != nullptr) {
+    facility_.levelsAre(levelsBefore_);
+    Kel::TextTrace::sinkIs(std::move(sinkBefore_));
+  }
+  if (ring_ != nullptr) {
+    Lumo::defaultHandleIs(ringBefore_);
+    Pario::binaryLevelsAre(Kel::TextTrace::kAllLevels);
+  }
+}
+
+bool parseTraceSize(const std::string& text, std::size_t& bytes, std::string& why) {
+  constexpr std::string_view kUnits = "KMG";
+  std::size_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  const std::size_t unit = rest + 1 == end ? kUnits.find(*rest) : std::string_view::npos;
+  const std::size_t shift = unit == std::string_view::npos ? 0 : 10 * (unit + 1);
+  if (error != std::errc() || (rest != end && shift == 0) || number > (kLargest >> shift) ||
+      (number << shift) < kSmallest) {
+    why = concat({"\"", text, "\" is no size of a trace; expected 32K to 8G, such as 64M"});
+    return false;
+  }
+  bytes = number << shift;
+  return true;
+}
+
+}  // namespace Host
