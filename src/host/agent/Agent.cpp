@@ -1,14 +1,13 @@
 #include "agent/Agent.h"
 
+#include <algorithm>
 #include <optional>
-#include <ostream>
 
 #include "agent/Clients.h"
-#include "agent/Engine.h"
+#include "agent/DocumentWatch.h"
 #include "agent/Notify.h"
 #include "agent/Service.h"
 #include "agent/Signals.h"
-#include "document/Configuration.h"
 #include "protocol/SocketPath.h"
 #include "session/Answers.h"
 #include "text/Concat.h"
@@ -19,31 +18,59 @@
 namespace Host {
 namespace {
 
-/// Tells the people behind the agent what happens, in one line.
-class Diary {
+/// One agent at work, from the moment that its documents are loaded.
+class Run {
  public:
-  explicit Diary(std::ostream& err) : err_(err) {}
-  void say(std::initializer_list<std::string_view> parts) {
-    err_ << "vpm: " << printable(concat(parts)) << std::endl;
+  Run(const Listener& listener, Signals& signals, Documents& documents, Engine& engine)
+      : signals_(signals),
+        documents_(documents),
+        engine_(engine),
+        clients_(listener, loop_),
+        service_(engine, clients_, documents) {
+    signals_.follow(loop_);
   }
+
+  void watchDocuments() {
+    watch_.emplace(documents_.files(), loop_);
+    if (documents_.haveChanged()) {  // before they were watched
+      documents_.readAgain(engine_);
+    }
+  }
+
+  /// Answers and waits until somebody asks the agent to stop: who.
+  const char* serve() {
+    while (signals_.stop() == nullptr && !service_.isOver()) {
+      loop_.turn(clients_.isBusy() ? std::chrono::milliseconds(0) : service_.patience());
+      clients_.work(service_);
+      const bool asked = signals_.takeReload();
+      if ((watch_ && watch_->takeSaved()) || asked) {
+        documents_.readAgain(engine_);
+      }
+      service_.look();
+      clients_.send(service_);
+    }
+    return service_.isOver() ? "a client" : signals_.stop();
+  }
+
+  void farewell() { clients_.farewell(); }
 
  private:
-  std::ostream& err_;
+  Loop loop_;
+  Signals& signals_;
+  Documents& documents_;
+  Engine& engine_;
+  Clients clients_;
+  Service service_;
+  std::optional<DocumentWatch> watch_;
 };
 
-std::string counted(std::size_t count, std::string_view what) {
-  return concat({std::to_string(count), " ", what, count == 1 ? "" : "s"});
-}
-
-/// Answers and waits until somebody asks the agent to stop: who.
-const char* serve(Loop& loop, const Signals& signals, Service& service, Clients& clients) {
-  while (signals.stop() == nullptr && !service.isOver()) {
-    loop.turn(clients.isBusy() ? std::chrono::milliseconds(0) : service.patience());
-    clients.work(service);
-    service.look();
-    clients.send(service);
+std::string wrongWithRequest(const AgentRequest& request) {
+  if (std::ranges::find(request.configs, "-") != request.configs.end()) {
+    return "an agent reads its documents again when it is told to; give it files and no \"-\"";
   }
-  return service.isOver() ? "a client" : signals.stop();
+  return request.watch && request.configs.empty()
+             ? "--watch follows documents; name them with --config"
+             : "";
 }
 
 }  // namespace
@@ -52,9 +79,14 @@ int agent(const AgentRequest& request, const RunOptions& options, const Console&
   Signals signals;
   Diary diary(console.err);
   Report report(console.err, options.color);
+  if (const std::string why = wrongWithRequest(request); !why.empty()) {
+    report.problem("vpm", why);
+    return kWrongInput;
+  }
   Progress progress(console.err, options.progress);
+  Documents documents(request.configs, diary);
   const Trees trees;
-  if (!readConfiguration(request.configs, trees, report, progress)) {
+  if (!documents.read(trees, report, progress)) {
     report.sum("the agent was not started");
     return kWrongInput;
   }
@@ -73,15 +105,15 @@ int agent(const AgentRequest& request, const RunOptions& options, const Console&
              counted(trees.serviceDeviceV1->serviceDevice().size(), "service device"), ", ",
              counted(trees.status->devicePolicyList().size(), "monitor record")});
 
-  Loop loop;
-  signals.follow(loop);
-  Clients clients(listener, loop);
-  Service service(engine, clients);
+  Run run(listener, signals, documents, engine);
+  if (request.watch) {
+    run.watchDocuments();
+  }
   diary.say({"listening on ", listener.path()});
   notifyManager("READY=1");
-  const char* const who = serve(loop, signals, service, clients);
+  const char* const who = run.serve();
   notifyManager("STOPPING=1");
-  clients.farewell();
+  run.farewell();
   diary.say({"stopped by ", who});
   trace.reset();  // how the trees are taken down is no part of what the agent did
   if (file) {

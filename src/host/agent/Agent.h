@@ -12,6 +12,7 @@ namespace Host {
 struct AgentRequest {
   std::vector<std::string> configs;
   std::string listen;  ///< empty: see socketPath
+  bool watch = false;  ///< whether saved edits of the documents are followed
 };
 
 /// Runs both trees on what the documents say, and answers whoever connects to the control socket,

@@ -62,7 +62,7 @@ class Client : public Loop::Source {
   /// Ends as soon as the answers that there are have been sent.
   void finish() { finished_ = true; }
 
-  std::size_t waitingInput() const { return input_.waiting(); }
+  std::size_t waitingInput() const { return input_.waiting() + (line_ ? line_->size() + 1 : 0); }
   std::size_t waitingOutput() const { return output_.size(); }
 
  private:

@@ -71,6 +71,8 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
     case Request::Kind::stats:
       statistics(reply.json());
       break;
+    case Request::Kind::reload:
+      return reload(reply);
     case Request::Kind::stop:
       reply.json().name("stopping");
       reply.json().boolean(true);
@@ -120,6 +122,16 @@ void Service::statistics(JsonWriter& json) {
   json.name("resident");
   json.number(residentBytes());
   json.closeObject();
+}
+
+void Service::reload(Reply& reply) {
+  const Documents::Outcome outcome = documents_.readAgain(engine_);
+  if (!outcome.error.empty()) {
+    return reply.error(outcome.error);
+  }
+  reply.json().name("changes");
+  reply.json().number(outcome.differing);
+  reply.end();
 }
 
 }  // namespace Host

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "agent/Clients.h"
+#include "agent/Documents.h"
 #include "agent/Waits.h"
 #include "agent/Watches.h"
 #include "change/ChangeReader.h"
@@ -14,8 +15,12 @@ namespace Host {
 /// Answers the lines of the control socket: change lines, and requests.
 class Service : public Answerer {
  public:
-  Service(Engine& engine, const Clients& clients)
-      : engine_(engine), clients_(clients), waits_(engine), watches_(engine.trees()) {}
+  Service(Engine& engine, const Clients& clients, Documents& documents)
+      : engine_(engine),
+        clients_(clients),
+        documents_(documents),
+        waits_(engine),
+        watches_(engine.trees()) {}
 
   void line(Client& from, std::size_t number, std::string_view line) override;
   void gone(Client& from) override {
@@ -37,9 +42,11 @@ class Service : public Answerer {
   void request(Client& from, std::size_t number, const Request& request);
   void show(Reply& reply, const Request& request);
   void statistics(JsonWriter& json);
+  void reload(Reply& reply);
 
   Engine& engine_;
   const Clients& clients_;
+  Documents& documents_;
   Waits waits_;
   Watches watches_;
   ChangeReader changes_;

@@ -12,11 +12,17 @@ constexpr const char* kHelp =
 on a socket that its user alone can open: SOCKET, else $VPM_SOCKET, else
 $XDG_RUNTIME_DIR/vpm.sock, else /run/vpm.sock. What it has to say goes to standard error.
 
+With --watch, upon SIGHUP and upon "vpm ctl reload" the documents are read again, and just
+what differs is changed. A document with a mistake changes nothing. --output is written when
+the agent stops: version 2 and the monitor's records as they were.
+
 Examples:
   vpm agent --config firewall.json
       run on one document
   vpm agent --config policies.json devices.json status.json --listen /tmp/lab.sock
       merge three documents, and listen elsewhere
+  vpm agent --config firewall.json --watch
+      change what runs whenever the document is saved
   echo '{"request":"show"}' | nc -NU /tmp/lab.sock
       ask it without "vpm ctl"
 
@@ -36,6 +42,7 @@ void addAgent(CommandTable& table) {
                                 });
   command.add_option("--config", asked->configs, "load these documents first")->type_name("DOC");
   command.add_option("--listen", asked->listen, "the control socket")->type_name("SOCKET");
+  command.add_flag("--watch", asked->watch, "follow saved edits of the documents");
   table.addRunOptions(command);
 }
 

@@ -7,6 +7,17 @@
 namespace Host {
 namespace {
 
+void fill(const SourceText& source, Content content, const Trees& trees, Report& report,
+          Progress& progress) {
+  progress.begin(concat({"reading ", source.name()}), source.text().size());
+  EntityFiller filler(trees);
+  const auto faults = DocumentReader(report.room(), content).read(source, filler, &progress.done());
+  if (!faults.empty()) {
+    progress.end();
+    report.faults(source, faults);
+  }
+}
+
 void read(const std::string& document, Content content, const Trees& trees, Report& report,
           Progress& progress) {
   std::string why;
@@ -17,14 +28,7 @@ void read(const std::string& document, Content content, const Trees& trees, Repo
     report.problem(document, why);
     return;
   }
-  progress.begin(concat({"reading ", source->name()}), source->text().size());
-  EntityFiller filler(trees);
-  const auto faults =
-      DocumentReader(report.room(), content).read(*source, filler, &progress.done());
-  if (!faults.empty()) {
-    progress.end();
-    report.faults(*source, faults);
-  }
+  fill(*source, content, trees, report, progress);
 }
 
 bool readAll(const std::vector<std::string>& documents, Content content, const Trees& trees,
@@ -43,6 +47,12 @@ bool readAll(const std::vector<std::string>& documents, Content content, const T
 bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
                        Report& report, Progress& progress) {
   return readAll(documents, Content::configuration, trees, report, progress);
+}
+
+bool readConfiguration(const SourceText& source, const Trees& trees, Report& report,
+                       Progress& progress) {
+  fill(source, Content::configuration, trees, report, progress);
+  return report.errors() == 0;
 }
 
 bool readEverything(const std::vector<std::string>& documents, const Trees& trees, Report& report,

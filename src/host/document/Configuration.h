@@ -15,6 +15,10 @@ namespace Host {
 bool readConfiguration(const std::vector<std::string>& documents, const Trees& trees,
                        Report& report, Progress& progress);
 
+/// Likewise for one document whose text is at hand.
+bool readConfiguration(const SourceText& source, const Trees& trees, Report& report,
+                       Progress& progress);
+
 /// Likewise for documents that may hold version 2 and the flags of the translation as well, as a
 /// run has printed them.
 bool readEverything(const std::vector<std::string>& documents, const Trees& trees, Report& report,

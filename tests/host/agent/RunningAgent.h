@@ -10,6 +10,7 @@
 #include <csignal>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -130,12 +131,9 @@ class RunningAgent {
   }
   void signal(int number) const { ::kill(process_, number); }
   /// Waits until it has ended: its exit code, or minus the signal that has ended it.
-  int exitCode() {
-    int status = 0;
-    ::waitpid(process_, &status, 0);
-    process_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  }
+  int exitCode() { return *end(0); }
+  /// Likewise, if it has ended.
+  std::optional<int> ended() { return end(WNOHANG); }
   int stop() {
     signal(SIGTERM);
     return exitCode();
@@ -151,6 +149,15 @@ class RunningAgent {
   }
 
  private:
+  std::optional<int> end(int how) {
+    int status = 0;
+    if (::waitpid(process_, &status, how) != process_) {
+      return std::nullopt;
+    }
+    process_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
   const Folder& folder_;
   std::string socket_;
   pid_t process_ = -1;
