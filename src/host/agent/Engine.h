@@ -22,9 +22,13 @@ class Engine {
   /// Applies a change line, now. Its error; none when all went well.
   std::optional<std::string> apply(const Change& change);
   void unreadable() { session_.unreadable(); }
+  /// `ledger` is told of what is applied from now on.
+  void addLedger(Ledger& ledger) { session_.addLedger(ledger); }
 
   const Trees& trees() const { return trees_; }
   const Session& session() const { return session_; }
+  /// When something was done last, or now.
+  Kel::Seconds time() const { return clock_.time(); }
   /// How often something was applied.
   std::size_t generation() const { return generation_; }
 

@@ -23,6 +23,8 @@ Examples:
       merge three documents, and listen elsewhere
   vpm agent --config firewall.json --watch
       change what runs whenever the document is saved
+  vpm agent --config firewall.json --record applied.log
+      keep a change log of all that is applied, for "vpm replay"
   echo '{"request":"show"}' | nc -NU /tmp/lab.sock
       ask it without "vpm ctl"
 
@@ -42,6 +44,8 @@ void addAgent(CommandTable& table) {
                                 });
   command.add_option("--config", asked->configs, "load these documents first")->type_name("DOC");
   command.add_option("--listen", asked->listen, "the control socket")->type_name("SOCKET");
+  command.add_option("--record", asked->record, "write what is applied to this file, as a log")
+      ->type_name("FILE");
   command.add_flag("--watch", asked->watch, "follow saved edits of the documents");
   table.addRunOptions(command);
 }

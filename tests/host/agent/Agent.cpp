@@ -109,6 +109,24 @@ TEST_F(AgentLife, WritesVersion2AndTheRecordsAsTheyWereWhenItStops) {
   EXPECT_THAT(folder_.read("out"), HasSubstr(R"("status":{"vela-policy-monitor:status")"));
 }
 
+TEST_F(AgentLife, RecordsALogWhoseReplayMakesTheSame) {
+  start({"--record", folder_.path("log"), "--output", folder_.path("out")});
+  TestClient client = agent_->client();
+  client.ask(update(kWeb + "/tags", R"("a")"));
+  client.ask(R"({"delete":[")" + kWeb + R"(/match/src-ip"]})");
+  client.ask(update(kRed + "/rule[priority='15000']", R"({"origin":[{"name":"b"}]})"));
+  EXPECT_EQ(agent_->stop(), 0);
+  const std::string said = agent_->said();
+  const std::string before = "--time ";
+  const std::size_t begin = said.find(before) + before.size();
+  const std::string time = said.substr(begin, said.find('"', begin) - begin);
+  const Outcome again =
+      runVpm({"replay", "--config", folder_.path("c.json"), "--time", time, folder_.path("log")});
+  EXPECT_EQ(again.exitCode, 0);
+  EXPECT_EQ(again.out, folder_.read("out"));
+  EXPECT_THAT(again.out, HasSubstr(R"("tags":"a")"));
+}
+
 TEST_F(AgentLife, WritesATextTrace) {
   start({"--trace", folder_.path("trace"), "--trace-levels", "6"})
       .client()

@@ -1,0 +1,113 @@
+#include "agent/AgentRun.h"
+
+#include <algorithm>
+
+#include "agent/Notify.h"
+#include "protocol/SocketPath.h"
+#include "session/Answers.h"
+#include "text/Concat.h"
+
+namespace Host {
+namespace {
+
+std::string whyNot(const AgentRequest& request) {
+  if (std::ranges::find(request.configs, "-") != request.configs.end()) {
+    return "an agent reads its documents again when it is told to; give it files and no \"-\"";
+  }
+  return request.watch && request.configs.empty()
+             ? "--watch follows documents; name them with --config"
+             : "";
+}
+
+}  // namespace
+
+AgentRun::AgentRun(const AgentRequest& request, const RunOptions& options, const Console& console)
+    : request_(request),
+      options_(options),
+      diary_(console.err),
+      report_(console.err, options.color),
+      progress_(console.err, options.progress),
+      documents_(request.configs, diary_) {}
+
+bool AgentRun::load() {
+  if (const std::string why = whyNot(request_); !why.empty()) {
+    progress_.end();
+    report_.problem("vpm", why);
+    return false;
+  }
+  if (!documents_.read(trees_, report_, progress_)) {
+    report_.sum("the agent was not started");
+    return false;
+  }
+  return true;
+}
+
+void AgentRun::start() {
+  listener_.emplace(socketPath(request_.listen));
+  if (!options_.output.empty()) {
+    output_.emplace(options_.output);
+  }
+  trace_.emplace(options_);
+  progress_.begin("translating", 0);
+  engine_.emplace(trees_);
+  engine_->start();
+  progress_.end();
+  diary_.say({"loaded ", counted(request_.configs.size(), "document"), ": ",
+              counted(trees_.policyV1->policySet().size(), "policy set"), ", ",
+              counted(trees_.serviceDeviceV1->serviceDevice().size(), "service device"), ", ",
+              counted(trees_.status->devicePolicyList().size(), "monitor record")});
+  record();
+  signals_.follow(loop_);
+  clients_.emplace(*listener_, loop_);
+  service_.emplace(*engine_, *clients_, documents_);
+  if (request_.watch) {
+    watch_.emplace(documents_.files(), loop_);
+    if (documents_.haveChanged()) {  // before they were watched
+      documents_.readAgain(*engine_);
+    }
+  }
+  diary_.say({"listening on ", listener_->path()});
+  notifyManager("READY=1");
+}
+
+void AgentRun::record() {
+  if (request_.record.empty()) {
+    return;
+  }
+  recording_.emplace(request_.record, [this](const std::string& why) { diary_.say({why}); });
+  engine_->addLedger(*recording_);
+  std::string started;
+  Kel::appendValue(started, engine_->time());
+  diary_.say({"recording to ", request_.record, "; \"vpm replay --time ", started,
+              "\" on the same documents makes the same of it"});
+}
+
+void AgentRun::serve() {
+  while (signals_.stop() == nullptr && !service_->isOver()) {
+    turn();
+  }
+  notifyManager("STOPPING=1");
+}
+
+void AgentRun::turn() {
+  loop_.turn(clients_->isBusy() ? std::chrono::milliseconds(0) : service_->patience());
+  clients_->work(*service_);
+  const bool asked = signals_.takeReload();
+  if ((watch_ && watch_->takeSaved()) || asked) {
+    documents_.readAgain(*engine_);
+  }
+  service_->look();
+  clients_->send(*service_);
+}
+
+void AgentRun::end() {
+  clients_->farewell();
+  diary_.say({"stopped by ", service_->isOver() ? "a client" : signals_.stop()});
+  trace_.reset();  // how the trees are taken down is no part of what the agent did
+  if (output_) {
+    Answers(*output_, trees_, engine_->session()).end();
+    output_->commit();
+  }
+}
+
+}  // namespace Host

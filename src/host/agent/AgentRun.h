@@ -1,0 +1,53 @@
+#pragma once
+
+#include <optional>
+
+#include "agent/Agent.h"
+#include "agent/DocumentWatch.h"
+#include "agent/Listener.h"
+#include "agent/Service.h"
+#include "agent/Signals.h"
+#include "state/Recording.h"
+#include "text/OutputFile.h"
+#include "tracing/Tracing.h"
+
+namespace Host {
+
+/// One run of an agent. The steps are taken in the order in which they stand here, once each.
+class AgentRun {
+ public:
+  AgentRun(const AgentRequest& request, const RunOptions& options, const Console& console);
+
+  /// Loads the documents. False: something is wrong, and has been reported.
+  bool load();
+  /// Starts both trees and listens.
+  void start();
+  /// Answers and waits until somebody asks the agent to stop.
+  void serve();
+  /// Says goodbye to the clients, and writes down what is wanted of the end.
+  void end();
+
+ private:
+  void turn();
+  void record();
+
+  const AgentRequest& request_;
+  const RunOptions& options_;
+  Signals signals_;
+  Diary diary_;
+  Report report_;
+  Progress progress_;
+  Documents documents_;
+  Trees trees_;
+  std::optional<Listener> listener_;
+  std::optional<OutputFile> output_;
+  std::optional<Recording> recording_;
+  std::optional<Tracing> trace_;
+  std::optional<Engine> engine_;
+  Loop loop_;
+  std::optional<Clients> clients_;
+  std::optional<Service> service_;
+  std::optional<DocumentWatch> watch_;
+};
+
+}  // namespace Host
