@@ -16,8 +16,9 @@ namespace HostTests {
 /// A folder of its own for a test, gone at its end.
 class Folder {
  public:
-  Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "vpm-test-XXXXXX").string();
+  Folder() : Folder(std::filesystem::temp_directory_path()) {}
+  explicit Folder(const std::filesystem::path& in) {
+    std::string name = (in / "vpm-test-XXXXXX").string();
     path_ = ::mkdtemp(name.data());
   }
   Folder(const Folder&) = delete;
