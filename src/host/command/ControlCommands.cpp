@@ -9,6 +9,7 @@
 #include "control/Apply.h"
 #include "control/Errands.h"
 #include "control/Show.h"
+#include "control/Stats.h"
 #include "control/Watch.h"
 #include "text/ExitCode.h"
 #include "text/Report.h"
@@ -128,6 +129,15 @@ void addTraceScope(ControlCommands& commands) {
   addJson(command, *request, "print JSON");
 }
 
+void addStats(ControlCommands& commands) {
+  const auto [command, request] =
+      commands.add("stats", "print what the agent has done and holds", kCtlStatsHelp, stats);
+  CLI::Option* const prometheus = command.add_flag("--prometheus", request->prometheus,
+                                                   "print the text that Prometheus collects");
+  addJson(command, *request, "print JSON");
+  prometheus->excludes("--json");
+}
+
 void addWait(ControlCommands& commands) {
   const auto [command, request] =
       commands.add("wait", "wait until version 2 has converged", kCtlWaitHelp, waitConverged);
@@ -151,6 +161,7 @@ void addCtl(CommandTable& table) {
   addWatch(commands);
   addAuditAgent(commands);
   addTraceScope(commands);
+  addStats(commands);
   addWait(commands);
   const auto again =
       commands.add("reload", "let the agent read its documents again", kCtlReloadHelp, reload);

@@ -98,6 +98,13 @@ Examples:
       everything
 )";
 
+inline constexpr const char* kCtlStatsHelp = R"(Examples:
+  vpm ctl stats
+      lines, clients, memory, and the objects that exist by type
+  vpm ctl stats --prometheus > vpm.prom
+      for the text-file collector of Prometheus
+)";
+
 inline constexpr const char* kCtlWaitHelp = R"(Examples:
   vpm ctl wait --converged
       until every device has converged

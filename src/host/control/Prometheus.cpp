@@ -1,0 +1,107 @@
+#include "control/Prometheus.h"
+
+#include <algorithm>
+#include <array>
+
+#include "control/AgentAnswer.h"
+#include "text/Concat.h"
+
+namespace Host {
+namespace {
+
+using simdjson::dom::element;
+using simdjson::dom::object;
+
+/// How a count is called there. A name that ends in _total is that of a counter.
+struct Metric {
+  std::string_view member;
+  std::string_view name;
+  std::string_view help;
+};
+
+constexpr std::array kSingle{
+    Metric{"applied", "vpm_change_lines_applied_total", "Change lines applied without an error."},
+    Metric{"failed", "vpm_change_lines_failed_total",
+           "Change lines with an error, refused or not."},
+    Metric{"writes", "vpm_writes_total",
+           "Single writes to version 1 and to the monitor's records, and announcements."},
+    Metric{"uptime", "vpm_uptime_seconds", "How long the agent has been running."},
+    Metric{"clients", "vpm_clients", "Clients that are connected to the control socket."},
+    Metric{"lines", "vpm_socket_lines_total", "Lines read from the control socket."},
+    Metric{"waiting-input", "vpm_waiting_input_bytes",
+           "Bytes read from clients and not handled yet."},
+    Metric{"waiting-output", "vpm_waiting_output_bytes",
+           "Bytes for clients that have not read them yet."},
+    Metric{"resident", "vpm_resident_bytes", "Memory of the agent that is in RAM."},
+};
+
+/// Counts of many things of one kind, told apart by a label.
+struct Family {
+  std::string_view member;
+  std::string_view label;
+  std::array<Metric, 2> metrics;
+};
+
+constexpr Family kTypes{
+    "types",
+    "type",
+    {{{"objects", "vpm_objects", "Objects that exist, by type."},
+      {"bytes", "vpm_object_bytes", "Bytes of the objects that exist, by type."}}}};
+
+std::string labelText(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    escaped += c == '\\' ? "\\\\" : c == '"' ? "\\\"" : c == '\n' ? "\\n" : std::string(1, c);
+  }
+  return escaped;
+}
+
+void appendHead(std::string& out, const Metric& metric, std::string_view type) {
+  out +=
+      concat({"# HELP ", metric.name, " ", metric.help, "\n# TYPE ", metric.name, " ", type, "\n"});
+}
+
+std::string_view typeOf(const Metric& metric) {
+  return metric.name.ends_with("_total") ? "counter" : "gauge";
+}
+
+void appendSingle(std::string& out, std::string_view member, const element& value) {
+  const auto* const known = std::ranges::find(kSingle, member, &Metric::member);
+  if (known != kSingle.end()) {
+    appendHead(out, *known, typeOf(*known));
+    out += concat({known->name, " ", simdjson::minify(value), "\n"});
+    return;
+  }
+  std::string name = concat({"vpm_", member});
+  std::ranges::replace(name, '-', '_');
+  appendHead(out, {member, name, "A count of the agent."}, "untyped");
+  out += concat({name, " ", simdjson::minify(value), "\n"});
+}
+
+void appendFamily(std::string& out, const Family& family, const object& stats) {
+  const auto entries = arrayIn(stats, family.member);
+  for (const Metric& metric : family.metrics) {
+    appendHead(out, metric, typeOf(metric));
+    for (const element entry : entries) {
+      const object members = entry.get_object();
+      out +=
+          concat({metric.name, "{", family.label, "=\"", labelText(textIn(members, family.label)),
+                  "\"} ", std::to_string(numberIn(members, metric.member)), "\n"});
+    }
+  }
+}
+
+}  // namespace
+
+std::string prometheusText(const object& stats) {
+  std::string out;
+  for (const auto& [member, value] : stats) {
+    if (value.is_number()) {
+      appendSingle(out, member, value);
+    }
+  }
+  appendFamily(out, kTypes, stats);
+  return out;
+}
+
+}  // namespace Host
