@@ -1,7 +1,10 @@
 #pragma once
 
 #include <stdlib.h>  // NOLINT(modernize-deprecated-headers): mkdtemp is not in <cstdlib>
+#include <sys/wait.h>
 
+#include <array>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -56,6 +59,20 @@ inline Outcome runVpm(const std::vector<std::string>& arguments) {
   std::ostringstream err;
   const int exitCode = Host::run(arguments, {out, err});
   return {exitCode, out.text(), err.str()};
+}
+
+/// Runs a line of shell with $VPM as the program beside this test.
+inline Outcome shell(const std::string& line) {
+  const std::string vpm = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "vpm";
+  const std::string command = "VPM='" + vpm + "'; " + line;
+  std::FILE* const pipe = ::popen(command.c_str(), "r");
+  std::string out;
+  std::array<char, 4096> piece;
+  for (std::size_t got = 0; (got = std::fread(piece.data(), 1, piece.size(), pipe)) != 0;) {
+    out.append(piece.data(), got);
+  }
+  const int status = ::pclose(pipe);
+  return {WEXITSTATUS(status), out, ""};
 }
 
 }  // namespace HostTests

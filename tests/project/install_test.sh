@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # usage: install_test.sh SOURCE_DIR BUILD_DIR COMPILER LIBDIR
 # What is installed is whole: the agent of the examples compiles with the installed headers alone,
-# links and runs with the installed libraries, and the installed program finds them by itself.
+# links and runs with the installed libraries, and the installed program finds them by itself. Its
+# manual page and completions are there.
 set -euo pipefail
 
 source=$1
@@ -23,5 +24,10 @@ printf '%s\n' "$printed"
 version=$("$prefix/bin/vpm" --version)
 printf '%s\n' "$version"
 [[ $version == vpm\ [0-9]* ]] || { echo 'FAILED: the program' && exit 1; }
+
+for file in man/man1/vpm.1 bash-completion/completions/vpm zsh/site-functions/_vpm \
+  fish/vendor_completions.d/vpm.fish; do
+  [[ -s $prefix/share/$file ]] || { echo "FAILED: share/$file" && exit 1; }
+done
 
 yanglint -p "$prefix/share/yang" "$prefix"/share/yang/vela-*.yang

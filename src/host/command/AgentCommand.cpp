@@ -8,19 +8,21 @@ namespace Host {
 namespace {
 
 constexpr const char* kHelp =
-    R"(The agent runs until it is told to stop: by "vpm ctl stop", SIGTERM or SIGINT. It answers
-on a socket that its user alone can open: SOCKET, else $VPM_SOCKET, else
-$XDG_RUNTIME_DIR/vpm.sock, else /run/vpm.sock. What it has to say goes to standard error.
+    R"(The agent runs until it is told to stop: by "vpm ctl stop", SIGTERM or SIGINT.
+It answers on a socket that its user alone can open: SOCKET, else $VPM_SOCKET,
+else $XDG_RUNTIME_DIR/vpm.sock, else /run/vpm.sock. What it has to say goes to
+standard error.
 
-With --watch, upon SIGHUP and upon "vpm ctl reload" the documents are read again, and just
-what differs is changed. A document with a mistake changes nothing. --output is written when
-the agent stops: version 2 and the monitor's records as they were.
+With --watch, upon SIGHUP and upon "vpm ctl reload" the documents are read
+again, and just what differs is changed. A document with a mistake changes
+nothing. --output is written when the agent stops: version 2 and the monitor's
+records as they were.
 
 Examples:
   vpm agent --config firewall.json
       run on one document
-  vpm agent --config policies.json devices.json status.json --listen /tmp/lab.sock
-      merge three documents, and listen elsewhere
+  vpm agent --config policies.json devices.json --listen /tmp/lab.sock
+      merge two documents, and listen elsewhere
   vpm agent --config firewall.json --watch
       change what runs whenever the document is saved
   vpm agent --config firewall.json --record applied.log
@@ -31,7 +33,7 @@ Examples:
 Exit codes:
   0  stopped as told
   2  a document or the command line is wrong; the agent was not started
-  3  the socket or a file cannot be used, another agent listens there, or the machine failed
+  3  the socket or a file cannot be used, or another agent listens there
 )";
 
 }  // namespace

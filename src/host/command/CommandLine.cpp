@@ -9,8 +9,7 @@
 
 namespace Host {
 
-int run(const std::vector<std::string>& arguments, const Console& console) {
-  CommandTable table;
+void addCommands(CommandTable& table) {
   table.heading("Documents and logs of changes");
   addTranslate(table);
   addReplay(table);
@@ -19,6 +18,14 @@ int run(const std::vector<std::string>& arguments, const Console& console) {
   table.heading("The agent");
   addAgent(table);
   addCtl(table);
+  table.heading("This program");
+  addMan(table);
+  addCompletion(table);
+}
+
+int run(const std::vector<std::string>& arguments, const Console& console) {
+  CommandTable table;
+  addCommands(table);
   try {
     return table.run(arguments, console);
   } catch (const std::bad_alloc&) {

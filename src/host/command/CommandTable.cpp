@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "command/CommandText.h"
+#include "command/HelpTexts.h"
 #include "text/Concat.h"
 #include "text/ExitCode.h"
 #include "text/Report.h"
@@ -52,22 +54,15 @@ std::string whyRefused(const CLI::App& command, const CLI::ParseError& error) {
   return error.what();
 }
 
-/// What a person types to run `command`: "vpm ctl show".
-std::string fullNameOf(const CLI::App& command) {
-  return command.get_parent() == nullptr
-             ? command.get_name()
-             : concat({fullNameOf(*command.get_parent()), " ", command.get_name()});
-}
-
 }  // namespace
 
 CommandTable::CommandTable()
     : app_(std::make_unique<CLI::App>(
-          "Translates the policy configuration of service devices into version 2.", "vpm")) {
-  app_->set_version_flag("--version", "vpm " VPM_VERSION);
+          "translates the policy configuration of service devices into version 2", "vpm")) {
+  app_->set_help_flag("-h,--help", "print this");
+  app_->set_version_flag("--version", "vpm " VPM_VERSION)->description("print the version");
   app_->require_subcommand(1);
-  app_->get_formatter()->column_width(24);
-  app_->footer("\"vpm COMMAND --help\" tells more, with examples.\n");
+  app_->footer(kVpmHelp);
 }
 
 CommandTable::~CommandTable() = default;
@@ -95,9 +90,9 @@ CLI::App& CommandTable::addGroup(const char* name, const char* about, const char
 }
 
 void CommandTable::addColorOption(CLI::App& command) {
-  command.add_option("--color", color_, "colour messages: auto, always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->type_name("WHEN");
+  choicesAre(*command.add_option("--color", color_, "use colours: auto, always or never")
+                  ->type_name("WHEN"),
+             {"auto", "always", "never"});
 }
 
 void CommandTable::addOutputOptions(CLI::App& command) {
@@ -161,7 +156,7 @@ bool CommandTable::wantsColor(bool terminal) const {
 
 int CommandTable::refuse(const std::string& why, const Console& console) const {
   Report(console.err, wantsColor(console)).problem("vpm", why);
-  console.err << "vpm: try \"" << fullNameOf(chosen()) << " --help\"\n";
+  console.err << "vpm: try \"" << textOf(chosen()).name << " --help\"\n";
   return kWrongInput;
 }
 
@@ -169,7 +164,7 @@ int CommandTable::run(const std::vector<std::string>& arguments, const Console& 
   try {
     app_->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
-    console.out.write(app_->help());
+    console.out.write(helpOf(textOf(chosen())));
     return kDone;
   } catch (const CLI::CallForVersion&) {
     console.out.write("vpm " VPM_VERSION "\n");

@@ -12,5 +12,7 @@ void addAudit(CommandTable& table);
 void addCtl(CommandTable& table);
 void addAgent(CommandTable& table);
 void addTrace(CommandTable& table);
+void addMan(CommandTable& table);
+void addCompletion(CommandTable& table);
 
 }  // namespace Host

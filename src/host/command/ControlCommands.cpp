@@ -11,6 +11,7 @@
 #include "control/Show.h"
 #include "control/Stats.h"
 #include "control/Watch.h"
+#include "text/Concat.h"
 #include "text/ExitCode.h"
 #include "text/Report.h"
 
@@ -138,6 +139,14 @@ void addStats(ControlCommands& commands) {
   prometheus->excludes("--json");
 }
 
+/// What is wrong with a text that should say how long to wait; empty when nothing is.
+std::string whyNoTimeout(const std::string& text) {
+  std::string why;
+  Kel::Seconds seconds = 0;
+  const bool time = Kel::parseValue(text, seconds, why);
+  return time && seconds < 0 ? concat({text, " is before now; expected 0 or more"}) : why;
+}
+
 void addWait(ControlCommands& commands) {
   const auto [command, request] =
       commands.add("wait", "wait until version 2 has converged", kCtlWaitHelp, waitConverged);
@@ -147,7 +156,7 @@ void addWait(ControlCommands& commands) {
   request->timeout = 60;
   command
       .add_option("--timeout", request->timeout, "give up after this many seconds (default: 60)")
-      ->check(CLI::Range(0.0, 1e9))
+      ->check(whyNoTimeout)
       ->type_name("S");
   addJson(command, *request, "print JSON");
 }

@@ -31,11 +31,11 @@ inline constexpr const char* kCtlShowHelp = R"(Examples:
 )";
 
 inline constexpr const char* kCtlApplyHelp =
-    R"(Change lines are those of vpm replay, without "time": see vpm replay --help. Answers
-to "show" are printed, one JSON object each.
+    R"(Change lines are those of vpm replay, without "time": see vpm replay --help.
+Answers to "show" are printed, one JSON object each.
 
-With --dry-run each line is tried on what the agent holds now, not on what the lines
-before it would make of that: + is added, - removed, ~ set.
+With --dry-run each line is tried on what the agent holds now, not on what the
+lines before it would make of that: + is added, - removed, ~ set.
 
 Examples:
   vpm ctl apply --dry-run changes.log
@@ -54,8 +54,9 @@ Exit codes:
 )";
 
 inline constexpr const char* kCtlWatchHelp =
-    R"(First comes what there is, then each change as it is made: + is added, - removed
-with all that was below it, ~ set. It goes on until it is interrupted (Ctrl-C).
+    R"(First comes what there is, then each change as it is made: + is added, -
+removed with all that was below it, ~ set. It ends when it is interrupted
+(Ctrl-C).
 
 Examples:
   timeout --preserve-status -s INT 1 vpm ctl watch
@@ -71,8 +72,8 @@ Exit codes:
 )";
 
 inline constexpr const char* kCtlAuditHelp =
-    R"(Each difference has a class: "pending" goes by itself, "as designed" stays and is known
-to; "foreign" and "defect" are for somebody to look after.
+    R"(Each difference has a class: "pending" goes by itself, "as designed" stays and
+is known to; "foreign" and "defect" are for somebody to look after.
 
 Examples:
   vpm ctl audit

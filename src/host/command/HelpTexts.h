@@ -4,6 +4,29 @@ namespace Host {
 
 // What stands below the options in the help of each command.
 
+inline constexpr const char* kVpmHelp = R"(Examples:
+  vpm translate firewall.json
+      what version 2 becomes of a document
+  vpm agent --config firewall.json
+      translate each change as it comes; "vpm ctl" talks to the agent
+
+"vpm COMMAND --help" tells more, with examples; "vpm man" prints a manual page.
+)";
+
+inline constexpr const char* kManHelp = R"(Examples:
+  vpm man | man -l -
+      read it without installing it
+)";
+
+inline constexpr const char* kCompletionHelp = R"(Examples:
+  source <(vpm completion bash)
+      in bash, or in ~/.bashrc
+  vpm completion zsh > ~/.zfunc/_vpm
+      in zsh, into a folder of $fpath
+  vpm completion fish > ~/.config/fish/completions/vpm.fish
+      in fish
+)";
+
 inline constexpr const char* kTranslateHelp = R"(Examples:
   vpm translate firewall.json
       print what version 2 becomes of one document
@@ -19,8 +42,8 @@ Exit codes:
 )";
 
 inline constexpr const char* kReplayHelp =
-    R"(A line of the log is one burst of changes: a JSON object with any of these members,
-which act in this order:
+    R"(A line of the log is one burst of changes: a JSON object with any of these
+members, which act in this order:
   time     number: what the clock shows from here on, in seconds
   delete   [PATH...]
   replace  [{"path": PATH, "value": ...}...]  writes just what differs
@@ -28,7 +51,7 @@ which act in this order:
   notify   [PATH...]  announces again what has not changed
   control  "start", "stop", "suspend", "resume", "cleanup" or "initialize";
            with "tree": "policy" or "service-device"; both when absent
-  signal   false: do not write the timestamp of touched policies and VRFs at the end
+  signal   false: do not write the timestamp of touched policies and VRFs
   show     ["v2", "status", "audit", "stats"]: what to answer
 
 Examples:
@@ -40,22 +63,22 @@ Examples:
   vpm replay --config new.json --v2 old-run.json < /dev/null
       what a restart makes of version 2 that an earlier run has left
   vpm replay --config site.json changes.log --record applied.log
-      applied.log is without the lines that were refused, and with the time of each;
-      replayed in the place of changes.log, it comes to the same end
+      applied.log is without the lines that were refused, and with the time of
+      each; replayed in the place of changes.log, it comes to the same end
 
 Exit codes:
   0  done
   1  done, but a line raised an error or an audit found a difference
-  2  a document, the log or the command line is wrong; nothing was printed or applied
+  2  a document, the log or the command line is wrong; nothing was printed
   3  a file could not be written, or the machine failed
 )";
 
 inline constexpr const char* kAuditHelp = R"(Examples:
   vpm audit firewall.json v2.json
-      does what a run printed (v2.json, by translate or replay) still equal its input?
+      does what a run printed (v2.json) still equal its input?
 
-Each difference has a class: "pending" goes by itself, "as designed" stays and is known
-to; "foreign" and "defect" are for somebody to look after.
+Each difference has a class: "pending" goes by itself, "as designed" stays and
+is known to; "foreign" and "defect" are for somebody to look after.
 
 Exit codes:
   0  done; no difference is foreign or a defect
@@ -64,13 +87,14 @@ Exit codes:
   3  a file could not be written, or the machine failed
 )";
 
-inline constexpr const char* kTraceHelp = R"(A trace is a folder that --trace-file of translate, replay or agent has made. It can
-be read while it is written, and when its process has crashed or was killed. What the
-process before that one left is in FOLDER.previous. Any reader of Common Trace Format
-1.8, such as babeltrace2, takes the folder too.
+inline constexpr const char* kTraceHelp =
+    R"(A trace is a folder that --trace-file of translate, replay or agent has made.
+It can be read while it is written, and when its process has crashed or was
+killed. What the process before that one left is in FOLDER.previous. Any reader
+of Common Trace Format 1.8, such as babeltrace2, takes the folder too.
 
 Examples:
-  vpm replay --config site.json --trace-file t --trace-size 1G changes.log > answers
+  vpm replay --config site.json --trace-file t changes.log > answers.json
   vpm trace t
       every line of that run
   vpm trace t --level 6 --class PolicyTranslatePerVrfSm --from 12 --to 13.5
@@ -80,7 +104,8 @@ Examples:
   vpm trace t --json | jq -r 'select(.values.VRF_name == "red") | .message'
       lines by their values
   vpm trace t --chrome > t.json
-      a timeline; each line takes a nanosecond, as the clock is read once per event
+      a timeline; each line takes a nanosecond, as the clock is read once per
+      event
 
 Exit codes:
   0  done

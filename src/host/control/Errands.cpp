@@ -5,7 +5,7 @@
 
 #include "control/AgentAnswer.h"
 #include "control/JsonCopy.h"
-#include "control/LineFiller.h"
+#include "text/LineFiller.h"
 #include "control/RequestLine.h"
 #include "text/Concat.h"
 #include "text/ExitCode.h"

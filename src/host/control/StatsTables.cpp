@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "control/LineFiller.h"
+#include "text/LineFiller.h"
 #include "text/Report.h"
 
 namespace Host {

@@ -1,6 +1,6 @@
 #include "control/TreeText.h"
 
-#include "control/LineFiller.h"
+#include "text/LineFiller.h"
 #include "text/Concat.h"
 #include "text/Report.h"
 

@@ -2,12 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
-#include <filesystem>
-
+#include "command/CommandTable.h"
+#include "command/CommandText.h"
 #include "host/Running.h"
 
 namespace HostTests {
@@ -45,7 +42,17 @@ const std::vector<Refused> kRefused{
     {"UnknownOptionBeforeACommand", {"--verson"}, "there is no option --verson"},
     {"NoDocument", {"translate"}, "DOC"},
     {"NoFileForTheTrace", {"translate", "a.json", "--trace"}, "--trace"},
-    {"UnknownColor", {"translate", "a.json", "--color", "blue"}, "--color: blue"},
+    {"UnknownColor",
+     {"translate", "a.json", "--color", "alwys"},
+     "--color: alwys is unknown; expected auto, always or never; did you mean \"always\"?"},
+    {"NoCommandOfACommand", {"ctl"}, "a ctl command is missing"},
+    {"UnknownCommandOfACommand",
+     {"ctl", "shwo"},
+     "there is no ctl command shwo; did you mean \"show\"?"},
+    {"UnknownOptionOfACommandOfACommand",
+     {"ctl", "show", "--jsn"},
+     "there is no option --jsn; did you mean \"--json\"?"},
+    {"TimeoutBeforeNow", {"ctl", "wait", "--timeout", "-1"}, "--timeout: -1 is before now"},
     {"LevelsOutOfRange", {"translate", "a.json", "--trace-levels", "6-12"}, "6-12"},
     {"TimeThatIsNone", {"translate", "a.json", "--time", "noon"}, "\"noon\" is not a time"},
 };
@@ -64,12 +71,32 @@ TEST(CommandLine, HelpsOnStandardOutput) {
 }
 
 TEST(CommandLine, HelpFitsInEightyColumns) {
-  for (const auto& arguments : {std::vector<std::string>{"--help"}, {"translate", "--help"}}) {
-    std::istringstream lines(runVpm(arguments).out);
+  Host::CommandTable table;
+  addCommands(table);
+  std::size_t commands = 0;
+  Host::forEachCommand(Host::textOf(table.app()), [&](const Host::CommandText& command) {
+    ++commands;
+    std::istringstream lines(Host::helpOf(command));
     for (std::string line; std::getline(lines, line);) {
-      EXPECT_LE(line.size(), 80U) << line;
+      EXPECT_LE(line.size(), 80U) << command.name << ": " << line;
     }
-  }
+  });
+  EXPECT_GE(commands, 15U);
+}
+
+TEST(CommandLine, HelpOfEveryCommandHasExamples) {
+  Host::CommandTable table;
+  addCommands(table);
+  Host::forEachCommand(Host::textOf(table.app()), [](const Host::CommandText& command) {
+    EXPECT_THAT(Host::helpOf(command), HasSubstr("\nExamples:\n  ")) << command.name;
+  });
+}
+
+TEST(CommandLine, HelpListsCommandsUnderHeadings) {
+  const std::string help = runVpm({"--help"}).out;
+  EXPECT_THAT(help, HasSubstr("\nDocuments and logs of changes:\n  translate "));
+  EXPECT_THAT(help, HasSubstr("\nThe agent:\n  agent "));
+  EXPECT_THAT(runVpm({"ctl", "--help"}).out, HasSubstr("\nCommands:\n  show "));
 }
 
 TEST(CommandLine, PrintsItsVersion) {
@@ -84,20 +111,6 @@ TEST(CommandLine, ColoursMessagesWhenAsked) {
   EXPECT_THAT(runVpm({"translate", file, "--color", "always"}).err, HasSubstr("\033[1;31merror: "));
   EXPECT_THAT(runVpm({"translate", file, "--color", "never"}).err, testing::Not(HasSubstr("\033")));
   EXPECT_THAT(runVpm({"translate", file}).err, testing::Not(HasSubstr("\033")));
-}
-
-/// Runs a line of shell with $VPM as the program beside this test.
-Outcome shell(const std::string& line) {
-  const std::string vpm = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "vpm";
-  const std::string command = "VPM='" + vpm + "'; " + line;
-  std::FILE* const pipe = ::popen(command.c_str(), "r");
-  std::string out;
-  std::array<char, 4096> piece;
-  for (std::size_t got = 0; (got = std::fread(piece.data(), 1, piece.size(), pipe)) != 0;) {
-    out.append(piece.data(), got);
-  }
-  const int status = ::pclose(pipe);
-  return {WEXITSTATUS(status), out, ""};
 }
 
 TEST(Program, AnswersWithTheExitCodesOfItsCommands) {

@@ -1,4 +1,4 @@
-#include "control/LineFiller.h"
+#include "text/LineFiller.h"
 
 #include <algorithm>
 
