@@ -12,6 +12,7 @@ namespace Host {
 struct AgentRequest {
   std::vector<std::string> configs;
   std::string listen;  ///< empty: see socketPath
+  std::string state;   ///< a folder to go on from after a restart; empty: none
   std::string record;  ///< a file for a change log of what is applied; empty: none
   bool watch = false;  ///< whether saved edits of the documents are followed
 };

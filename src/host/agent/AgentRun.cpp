@@ -35,9 +35,19 @@ bool AgentRun::load() {
     report_.problem("vpm", why);
     return false;
   }
-  if (!documents_.read(trees_, report_, progress_)) {
+  if (!request_.state.empty()) {
+    state_.emplace(request_.state, [this](const std::string& message) { diary_.say({message}); });
+  }
+  if (state_ && state_->hasState()) {
+    said_.emplace();
+  }
+  if (!documents_.read(said_ ? *said_ : trees_, report_, progress_)) {
     report_.sum("the agent was not started");
     return false;
+  }
+  if (said_) {
+    progress_.begin("loading the state", 0);
+    state_->load(trees_);
   }
   return true;
 }
@@ -47,27 +57,59 @@ void AgentRun::start() {
   if (!options_.output.empty()) {
     output_.emplace(options_.output);
   }
+  if (state_ && !said_) {
+    state_->create(trees_);
+    state_->documentsAre(trees_);
+  }
   trace_.emplace(options_);
   progress_.begin("translating", 0);
   engine_.emplace(trees_);
   engine_->start();
   progress_.end();
-  diary_.say({"loaded ", counted(request_.configs.size(), "document"), ": ",
+  diary_.say({"loaded ", said_ ? "the state in " : "",
+              said_ ? request_.state : counted(request_.configs.size(), "document"), ": ",
               counted(trees_.policyV1->policySet().size(), "policy set"), ", ",
               counted(trees_.serviceDeviceV1->serviceDevice().size(), "service device"), ", ",
               counted(trees_.status->devicePolicyList().size(), "monitor record")});
+  if (state_) {
+    engine_->addLedger(*state_);  // first of all: what it refuses is no business of the others
+  }
   record();
+  if (state_) {
+    goOn();
+  }
   signals_.follow(loop_);
   clients_.emplace(*listener_, loop_);
   service_.emplace(*engine_, *clients_, documents_);
   if (request_.watch) {
-    watch_.emplace(documents_.files(), loop_);
-    if (documents_.haveChanged()) {  // before they were watched
-      documents_.readAgain(*engine_);
-    }
+    watch();
   }
   diary_.say({"listening on ", listener_->path()});
   notifyManager("READY=1");
+}
+
+/// What the documents say is kept in the state from here on; what was edited since the last run is
+/// made up for.
+void AgentRun::goOn() {
+  documents_.keeperIs([this](const Trees& documents) {
+    if (const auto why = sync()) {
+      throw OutputError(*why);
+    }
+    state_->documentsAre(documents);
+  });
+  if (said_) {
+    const Trees before;
+    state_->loadDocuments(before);
+    documents_.apply(before, *said_, *engine_);
+    said_.reset();
+  }
+}
+
+void AgentRun::watch() {
+  watch_.emplace(documents_.files(), loop_);
+  if (documents_.haveChanged()) {  // before they were watched
+    documents_.readAgain(*engine_);
+  }
 }
 
 void AgentRun::record() {
@@ -90,18 +132,48 @@ void AgentRun::serve() {
 }
 
 void AgentRun::turn() {
-  loop_.turn(clients_->isBusy() ? std::chrono::milliseconds(0) : service_->patience());
+  loop_.turn(clients_->isBusy() ? std::chrono::milliseconds(0) : patience());
   clients_->work(*service_);
   const bool asked = signals_.takeReload();
   if ((watch_ && watch_->takeSaved()) || asked) {
     documents_.readAgain(*engine_);
   }
+  keep();
   service_->look();
   clients_->send(*service_);
 }
 
+/// Puts on disk what this turn has applied, before anybody is told of it.
+void AgentRun::keep() {
+  if (const auto why = sync()) {
+    service_->acknowledgements().takeBack(*why);
+  }
+  service_->acknowledgements().good();
+  notOnDisk_.reset();
+  if (state_) {
+    state_->tend(trees_);
+  }
+}
+
+/// Why something that was applied in this turn may not be on disk; none: it is.
+std::optional<std::string> AgentRun::sync() {
+  if (auto why = state_ ? state_->sync() : std::nullopt) {
+    notOnDisk_ = std::move(why);
+  }
+  return notOnDisk_;
+}
+
+std::optional<std::chrono::milliseconds> AgentRun::patience() const {
+  const auto ofService = service_->patience();
+  const auto ofState = state_ ? state_->patience() : std::nullopt;
+  return ofService && ofState ? std::min(*ofService, *ofState) : ofService ? ofService : ofState;
+}
+
 void AgentRun::end() {
-  clients_->farewell();
+  clients_->farewell(*service_);
+  if (state_) {
+    state_->end(trees_);
+  }
   diary_.say({"stopped by ", service_->isOver() ? "a client" : signals_.stop()});
   trace_.reset();  // how the trees are taken down is no part of what the agent did
   if (output_) {

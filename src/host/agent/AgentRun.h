@@ -8,6 +8,7 @@
 #include "agent/Service.h"
 #include "agent/Signals.h"
 #include "state/Recording.h"
+#include "state/StateFolder.h"
 #include "text/OutputFile.h"
 #include "tracing/Tracing.h"
 
@@ -18,7 +19,7 @@ class AgentRun {
  public:
   AgentRun(const AgentRequest& request, const RunOptions& options, const Console& console);
 
-  /// Loads the documents. False: something is wrong, and has been reported.
+  /// Loads the documents and the state. False: something is wrong, and has been reported.
   bool load();
   /// Starts both trees and listens.
   void start();
@@ -28,8 +29,13 @@ class AgentRun {
   void end();
 
  private:
-  void turn();
+  void goOn();
+  void watch();
   void record();
+  void turn();
+  void keep();
+  std::optional<std::string> sync();
+  std::optional<std::chrono::milliseconds> patience() const;
 
   const AgentRequest& request_;
   const RunOptions& options_;
@@ -39,8 +45,11 @@ class AgentRun {
   Progress progress_;
   Documents documents_;
   Trees trees_;
+  std::optional<Trees> said_;  // by the documents, when the trees are those of an earlier run
   std::optional<Listener> listener_;
   std::optional<OutputFile> output_;
+  std::optional<StateFolder> state_;
+  std::optional<std::string> notOnDisk_;
   std::optional<Recording> recording_;
   std::optional<Tracing> trace_;
   std::optional<Engine> engine_;

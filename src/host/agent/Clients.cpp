@@ -38,30 +38,35 @@ void Clients::work(Answerer& answerer) {
 }
 
 void Clients::send(Answerer& answerer) {
-  for (auto at = all_.begin(); at != all_.end();) {
-    at->send();
-    if (!at->isOver()) {
-      ++at;
-      continue;
+  for (Client& each : all_) {
+    each.send();
+  }
+  letGo(answerer);
+}
+
+/// Of those who have done.
+void Clients::letGo(Answerer& answerer) {
+  const std::size_t gone = all_.remove_if([&](Client& each) {
+    const bool over = each.isOver();
+    if (over) {
+      answerer.gone(each);
     }
-    answerer.gone(*at);
-    at = all_.erase(at);
-    if (full_) {
-      full_ = false;
-      loop_.change(listener_.descriptor(), EPOLLIN, *this);
-    }
+    return over;
+  });
+  if (full_ && gone != 0) {
+    full_ = false;
+    loop_.change(listener_.descriptor(), EPOLLIN, *this);
   }
 }
 
-void Clients::farewell() {
+void Clients::farewell(Answerer& answerer) {
   constexpr auto kPatience = std::chrono::seconds(1);
   const auto end = std::chrono::steady_clock::now() + kPatience;
   for (;;) {
     for (Client& each : all_) {
       each.finish();
-      each.send();
     }
-    all_.remove_if([](const Client& each) { return each.isOver(); });
+    send(answerer);
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
     if (all_.empty() || left.count() <= 0) {

@@ -20,7 +20,7 @@ class Clients : public Loop::Source {
   /// Sends the answers, and lets go of those who have done.
   void send(Answerer& answerer);
   /// Sends the answers that there are to all who take them; waits for them a little.
-  void farewell();
+  void farewell(Answerer& answerer);
 
   /// Whether there are lines to be answered at once.
   bool isBusy() const;
@@ -30,6 +30,8 @@ class Clients : public Loop::Source {
   std::size_t waitingOutput() const;
 
  private:
+  void letGo(Answerer& answerer);
+
   const Listener& listener_;
   Loop& loop_;
   std::list<Client> all_;

@@ -58,14 +58,20 @@ Documents::Outcome Documents::readAgain(Engine& engine) {
   }
   const std::size_t differing = this->differing(texts);
   if (differing == 0) {
-    diary_.say({"read the documents again: nothing differs"});
+    sayThatNothingDiffers();
     return {};
   }
-  Outcome outcome{differing, apply(after, engine)};
+  const Trees before;
+  fillAgain(before, texts_);
+  Outcome outcome{differing, apply(before, after, engine)};
   if (outcome.error.empty()) {
     texts_ = std::move(texts);
   }
   return outcome;
+}
+
+void Documents::sayThatNothingDiffers() {
+  diary_.say({"read the documents again: nothing differs"});
 }
 
 bool Documents::haveChanged() const {
@@ -86,11 +92,20 @@ std::size_t Documents::differing(const Texts& texts) const {
   return count;
 }
 
-std::string Documents::apply(const Trees& after, Engine& engine) {
-  const Trees before;
-  fillAgain(before, texts_);
+std::string Documents::apply(const Trees& before, const Trees& after, Engine& engine) {
   const Change change = TreeComparison(before, after, engine.trees()).run();
-  const auto error = engine.apply(change);
+  if (change.deletes.empty() && change.updates.empty()) {
+    sayThatNothingDiffers();
+    return "";
+  }
+  auto error = engine.apply(change);
+  try {
+    if (!error && keeper_) {
+      keeper_(after);
+    }
+  } catch (const std::exception& failure) {
+    error = failure.what();
+  }
   diary_.say({"read the documents again: deletions: ", std::to_string(change.deletes.size()),
               ", writes: ", std::to_string(change.updates.size()), error ? "; error: " : "",
               error ? *error : ""});

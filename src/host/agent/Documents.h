@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,6 +35,14 @@ class Documents {
   /// diary all of it.
   Outcome readAgain(Engine& engine);
 
+  /// Applies what differs between two readings of the documents, and tells the diary. What is
+  /// wrong; empty: nothing.
+  std::string apply(const Trees& before, const Trees& after, Engine& engine);
+  /// Is told what the documents say whenever that was applied. May raise std::exception: then it
+  /// counts as not applied.
+  using Keeper = std::function<void(const Trees& documents)>;
+  void keeperIs(Keeper keeper) { keeper_ = std::move(keeper); }
+
   /// Whether one of them says something else by now.
   bool haveChanged() const;
 
@@ -44,11 +53,12 @@ class Documents {
 
   bool read(Texts& texts, const Trees& trees, Report& report, Progress& progress) const;
   std::size_t differing(const Texts& texts) const;
-  std::string apply(const Trees& after, Engine& engine);
+  void sayThatNothingDiffers();
 
   const std::vector<std::string> files_;
   Diary& diary_;
   Texts texts_;
+  Keeper keeper_;
 };
 
 }  // namespace Host

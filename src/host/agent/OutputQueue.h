@@ -12,6 +12,11 @@ class OutputQueue : public ByteSink {
   /// Sends as much as `socket` takes now. False: nobody will read any of it,
   /// and it is dropped.
   bool sendTo(int socket);
+  /// Puts `bytes` in the place of those from `begin` to `end`, counted from the next one to be
+  /// sent.
+  void replace(std::size_t begin, std::size_t end, std::string_view bytes) {
+    bytes_.replace(sent_ + begin, end - begin, bytes);
+  }
   std::size_t size() const { return bytes_.size() - sent_; }
 
  private:

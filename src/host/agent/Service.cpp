@@ -28,7 +28,7 @@ std::size_t residentBytes() {
 void Service::line(Client& from, std::size_t number, std::string_view line) {
   ++lines_;
   if (!requests_.isRequest(line)) {
-    return change(from.output(), number, line);
+    return change(from, number, line);
   }
   Request read;
   const std::vector<Fault> faults = requests_.read(line, read);
@@ -39,7 +39,8 @@ void Service::line(Client& from, std::size_t number, std::string_view line) {
   }
 }
 
-void Service::change(ByteSink& out, std::size_t number, std::string_view line) {
+void Service::change(Client& from, std::size_t number, std::string_view line) {
+  OutputQueue& out = from.output();
   Change change;
   const std::vector<Fault> faults = changes_.read(line, change);
   if (!faults.empty() || change.time) {
@@ -48,7 +49,9 @@ void Service::change(ByteSink& out, std::size_t number, std::string_view line) {
   } else if (const auto error = engine_.apply(change)) {
     Reply(out, number).error(*error);
   } else {
+    const std::size_t begin = out.size();
     Answers(out, engine_.trees(), engine_.session()).answer(number, change.show);
+    acknowledgements_.add(from, number, begin);
   }
 }
 
@@ -58,6 +61,9 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
   }
   if (request.kind == Request::Kind::watch) {
     return watches_.add(from, number, request);
+  }
+  if (request.kind == Request::Kind::reload) {
+    return reload(from, number);
   }
   Reply reply(from.output(), number);
   switch (request.kind) {
@@ -71,8 +77,6 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
     case Request::Kind::stats:
       statistics(reply.json());
       break;
-    case Request::Kind::reload:
-      return reload(reply);
     case Request::Kind::stop:
       reply.json().name("stopping");
       reply.json().boolean(true);
@@ -124,14 +128,17 @@ void Service::statistics(JsonWriter& json) {
   json.closeObject();
 }
 
-void Service::reload(Reply& reply) {
+void Service::reload(Client& from, std::size_t number) {
+  const std::size_t begin = from.output().size();
   const Documents::Outcome outcome = documents_.readAgain(engine_);
+  Reply reply(from.output(), number);
   if (!outcome.error.empty()) {
     return reply.error(outcome.error);
   }
   reply.json().name("changes");
   reply.json().number(outcome.differing);
   reply.end();
+  acknowledgements_.add(from, number, begin);
 }
 
 }  // namespace Host

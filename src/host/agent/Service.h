@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "agent/Acknowledgements.h"
 #include "agent/Clients.h"
 #include "agent/Documents.h"
 #include "agent/Waits.h"
@@ -30,6 +31,8 @@ class Service : public Answerer {
   /// Whether a client has asked the agent to stop.
   bool isOver() const override { return stopping_; }
 
+  /// What was answered with success in this turn; none of it has been sent.
+  Acknowledgements& acknowledgements() { return acknowledgements_; }
   /// Between two turns: answers that have become due.
   void look() {
     waits_.look();
@@ -38,15 +41,16 @@ class Service : public Answerer {
   std::optional<std::chrono::milliseconds> patience() const { return waits_.patience(); }
 
  private:
-  void change(ByteSink& out, std::size_t number, std::string_view line);
+  void change(Client& from, std::size_t number, std::string_view line);
   void request(Client& from, std::size_t number, const Request& request);
   void show(Reply& reply, const Request& request);
   void statistics(JsonWriter& json);
-  void reload(Reply& reply);
+  void reload(Client& from, std::size_t number);
 
   Engine& engine_;
   const Clients& clients_;
   Documents& documents_;
+  Acknowledgements acknowledgements_;
   Waits waits_;
   Watches watches_;
   ChangeReader changes_;

@@ -25,6 +25,8 @@ Examples:
       merge two documents, and listen elsewhere
   vpm agent --config firewall.json --watch
       change what runs whenever the document is saved
+  vpm agent --config firewall.json --state /var/lib/vpm
+      survive a restart: what was acknowledged is on disk
   vpm agent --config firewall.json --record applied.log
       keep a change log of all that is applied, for "vpm replay"
   echo '{"request":"show"}' | nc -NU /tmp/lab.sock
@@ -46,6 +48,8 @@ void addAgent(CommandTable& table) {
                                 });
   command.add_option("--config", asked->configs, "load these documents first")->type_name("DOC");
   command.add_option("--listen", asked->listen, "the control socket")->type_name("SOCKET");
+  command.add_option("--state", asked->state, "go on from this folder after a restart")
+      ->type_name("DIR");
   command.add_option("--record", asked->record, "write what is applied to this file, as a log")
       ->type_name("FILE");
   command.add_flag("--watch", asked->watch, "follow saved edits of the documents");

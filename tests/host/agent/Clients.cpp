@@ -1,5 +1,7 @@
 // How the agent gets on with those who talk to it.
 
+#include <sys/resource.h>
+
 #include "host/agent/AgentTest.h"
 
 namespace HostTests {
@@ -169,6 +171,26 @@ TEST_F(AgentClients, ThatSendALineWithoutEndAreToldAndLetGo) {
   EXPECT_EQ(client.line(), "(end)");
   TestClient other = agent_->client();
   EXPECT_TRUE(hasClients(other, 1));
+}
+
+TEST_F(AgentClients, ThatAreTooManyAreServedWhenOthersHaveLeft) {
+  constexpr int kClients = 40;
+  start({}, [] {
+    const rlimit few{30, 30};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+  });
+  std::vector<TestClient> clients;
+  clients.push_back(agent_->client());
+  while (clients.size() < kClients) {
+    clients.emplace_back(agent_->socket());
+  }
+  EXPECT_EQ(clients.front().ask("{}"), R"({"line":1})");
+  clients.back().send("{}\n");
+  ASSERT_TRUE(clients.back().isConnected());
+  clients.erase(clients.begin() + 1, clients.end());
+  TestClient late(agent_->socket());
+  EXPECT_EQ(late.ask("{}"), R"({"line":1})");
+  EXPECT_EQ(clients.front().ask("{}"), R"({"line":2})");
 }
 
 TEST_F(AgentClients, GetTheAnswersThatAreDueWhenTheAgentStops) {
