@@ -21,7 +21,7 @@ records as they were.
 Examples:
   vpm agent --config firewall.json
       run on one document
-  vpm agent --config policies.json devices.json --listen /tmp/lab.sock
+  vpm agent --config firewall.json pair.json --listen lab.sock
       merge two documents, and listen elsewhere
   vpm agent --config firewall.json --watch
       change what runs whenever the document is saved
@@ -29,8 +29,6 @@ Examples:
       survive a restart: what was acknowledged is on disk
   vpm agent --config firewall.json --record applied.log
       keep a change log of all that is applied, for "vpm replay"
-  echo '{"request":"show"}' | nc -NU /tmp/lab.sock
-      ask it without "vpm ctl"
 
 Exit codes:
   0  stopped as told

@@ -76,10 +76,10 @@ void addPath(CLI::App& command, std::string& path, const char* about) {
 void addShow(ControlCommands& commands) {
   const auto [command, request] =
       commands.add("show", "print what the agent holds, as a tree", kCtlShowHelp, show);
-  addPath(command, request->path, "only what is at or below this (default: all)");
-  command.add_flag("--v1", request->v1, "version 1");
-  command.add_flag("--v2", request->v2, "version 2 (default, unless PATH is of another)");
-  command.add_flag("--status", request->status, "the monitor's records");
+  addPath(command, request->path, "what is at or below this, of any of the three");
+  command.add_flag("--v1", request->v1, "version 1")->excludes("PATH");
+  command.add_flag("--v2", request->v2, "version 2 (default)")->excludes("PATH");
+  command.add_flag("--status", request->status, "the monitor's records")->excludes("PATH");
   addJson(command, *request, "print the document as JSON (RFC 7951)");
 }
 

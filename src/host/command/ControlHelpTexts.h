@@ -11,8 +11,8 @@ $XDG_RUNTIME_DIR/vpm.sock; else at /run/vpm.sock.
 Examples:
   vpm ctl show
       print version 2 as the agent holds it now
-  vpm ctl --socket /tmp/vpm.sock audit
-      talk to another agent
+  vpm ctl --socket lab.sock audit
+      talk to the agent that listens there
 
 Exit codes, unless a command says more:
   0  done

@@ -21,18 +21,18 @@ inline constexpr const char* kManHelp = R"(Examples:
 inline constexpr const char* kCompletionHelp = R"(Examples:
   source <(vpm completion bash)
       in bash, or in ~/.bashrc
-  vpm completion zsh > ~/.zfunc/_vpm
-      in zsh, into a folder of $fpath
-  vpm completion fish > ~/.config/fish/completions/vpm.fish
-      in fish
+  vpm completion zsh > _vpm
+      in zsh; the file belongs into a folder of $fpath
+  vpm completion fish > vpm.fish
+      in fish; the file belongs into ~/.config/fish/completions
 )";
 
 inline constexpr const char* kTranslateHelp = R"(Examples:
   vpm translate firewall.json
       print what version 2 becomes of one document
-  vpm translate policies.json devices.json status.json --output v2.json
-      merge three documents; v2.json appears whole or not at all
-  vpm translate site.json --trace - --trace-levels 6 > v2.json
+  vpm translate firewall.json pair.json --output v2.json
+      merge two documents; v2.json appears whole or not at all
+  vpm translate firewall.json --trace - --trace-levels 6 > v2.json
       also show every entry that is added or removed
 
 Exit codes:
@@ -60,9 +60,10 @@ Examples:
   echo '{"update":[{"path":"/vela-l3:policy-source/policy-set[device-name=fw1]",
          "value":{}}],"show":["v2"]}' | tr -d '\n' | vpm replay
       one line by hand; lines from standard input are answered as they come
-  vpm replay --config new.json --v2 old-run.json < /dev/null
+  vpm translate pair.json --output old-run.json
+  vpm replay --config firewall.json --v2 old-run.json < /dev/null
       what a restart makes of version 2 that an earlier run has left
-  vpm replay --config site.json changes.log --record applied.log
+  vpm replay --config firewall.json changes.log --record applied.log
       applied.log is without the lines that were refused, and with the time of
       each; replayed in the place of changes.log, it comes to the same end
 
@@ -74,8 +75,9 @@ Exit codes:
 )";
 
 inline constexpr const char* kAuditHelp = R"(Examples:
+  vpm translate firewall.json --output v2.json
   vpm audit firewall.json v2.json
-      does what a run printed (v2.json) still equal its input?
+      does what a run printed still equal its input?
 
 Each difference has a class: "pending" goes by itself, "as designed" stays and
 is known to; "foreign" and "defect" are for somebody to look after.
@@ -94,13 +96,13 @@ killed. What the process before that one left is in FOLDER.previous. Any reader
 of Common Trace Format 1.8, such as babeltrace2, takes the folder too.
 
 Examples:
-  vpm replay --config site.json --trace-file t changes.log > answers.json
+  vpm replay --config firewall.json --trace-file t changes.log > answers.json
   vpm trace t
       every line of that run
-  vpm trace t --level 6 --class PolicyTranslatePerVrfSm --from 12 --to 13.5
+  vpm trace t --level 6 --class PolicyTranslatePerVrfSm --from 0 --to 1.5
       what was added to and removed from policies in a second and a half
-  vpm trace /run/vpm/trace --follow --last 20
-      what an agent does, from the last 20 lines on
+  vpm trace t --follow --last 20
+      what a run does, from the last 20 lines on
   vpm trace t --json | jq -r 'select(.values.VRF_name == "red") | .message'
       lines by their values
   vpm trace t --chrome > t.json

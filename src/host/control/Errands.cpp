@@ -5,10 +5,10 @@
 
 #include "control/AgentAnswer.h"
 #include "control/JsonCopy.h"
-#include "text/LineFiller.h"
 #include "control/RequestLine.h"
 #include "text/Concat.h"
 #include "text/ExitCode.h"
+#include "text/LineFiller.h"
 #include "text/Report.h"
 
 namespace Host {

@@ -27,6 +27,7 @@ constexpr std::array kSingle{
            "Single writes to version 1 and to the monitor's records, and announcements."},
     Metric{"uptime", "vpm_uptime_seconds", "How long the agent has been running."},
     Metric{"clients", "vpm_clients", "Clients that are connected to the control socket."},
+    Metric{"watches", "vpm_watches", "Watches that tell clients of every change."},
     Metric{"lines", "vpm_socket_lines_total", "Lines read from the control socket."},
     Metric{"waiting-input", "vpm_waiting_input_bytes",
            "Bytes read from clients and not handled yet."},

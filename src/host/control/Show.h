@@ -8,10 +8,10 @@
 
 namespace Host {
 
-/// What `vpm ctl show` is asked for. Nothing of v1, v2, status: what the path is of; version 2
-/// where there is no path.
+/// What `vpm ctl show` is asked for: a path, or whole parts of the data; version 2 when nothing is
+/// said.
 struct ShowRequest : ControlOptions {
-  std::string path;  ///< empty: all
+  std::string path;
   bool v1 = false;
   bool v2 = false;
   bool status = false;

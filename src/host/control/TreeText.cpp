@@ -1,7 +1,7 @@
 #include "control/TreeText.h"
 
-#include "text/LineFiller.h"
 #include "text/Concat.h"
+#include "text/LineFiller.h"
 #include "text/Report.h"
 
 namespace Host {
