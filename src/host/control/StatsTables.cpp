@@ -77,7 +77,8 @@ void appendEntries(std::string& out, const array& entries) {
   for (const element entry : entries) {
     Row names;
     Row cells;
-    for (const auto& [name, value] : entry.get_object().value()) {
+    const simdjson::dom::object members = entry.get_object();  // lives as long as the loop
+    for (const auto& [name, value] : members) {
       cells.push_back(cellOf(value));
       names.push_back({capitals(name), cells.back().number});
     }

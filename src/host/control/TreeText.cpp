@@ -25,7 +25,8 @@ std::string scalarText(const element& value) {
 /// A record or a pair as one word: 443/6, 10.1.0.1-10.1.0.9, red=net-red.
 std::string recordText(const element& record, const Node* node) {
   std::string text;
-  for (const auto& [name, value] : record.get_object().value()) {
+  const simdjson::dom::object members = record.get_object();  // lives as long as the loop
+  for (const auto& [name, value] : members) {
     if (!text.empty()) {
       const bool pair = node != nullptr && node->kind == Node::Kind::mapping;
       text += pair ? "=" : name == "last" ? "-" : "/";
