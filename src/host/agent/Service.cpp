@@ -6,6 +6,7 @@
 
 #include "audit/Difference.h"
 #include "data/TreeWriter.h"
+#include "explain/Explainer.h"
 #include "session/Answers.h"
 #include "text/Concat.h"
 #include "text/Report.h"
@@ -73,6 +74,15 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
     case Request::Kind::audit:
       reply.json().name("audit");
       writeDifferences(reply.json(), engine_.session().audit());
+      break;
+    case Request::Kind::explain:
+      if (const std::string why = Explainer::whyNot(*request.path); !why.empty()) {
+        return reply.error(why);
+      }
+      reply.json().name("explain");
+      write(reply.json(),
+            Explainer(engine_.trees(), engine_.session().translation(), engine_.session().history())
+                .explain(*request.path));
       break;
     case Request::Kind::stats:
       statistics(reply.json());

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "common/HAPairDeviceId.h"
-#include "common/NameEncoder.h"
 #include "text/Concat.h"
 
 namespace Host {
@@ -77,7 +75,7 @@ void Audit::tree(const Side& side, const Translation::State& state, const Histor
 void Audit::device(const Side& side, const Kel::PtrInterface& device1,
                    const Kel::PtrInterface* device2) {
   const std::string name = leafText(*side.devices1->children.front(), device1);
-  const Served served = servedBy(name);
+  const ServingRecord served(trees_, name);
   if (served.record == nullptr) {
     std::string tried;
     for (const std::string& key : served.keys) {
@@ -110,7 +108,7 @@ void Audit::device(const Side& side, const Kel::PtrInterface& device1,
 }
 
 /// Whether the translation may still follow another record than the one that is there now.
-bool Audit::isBindingUnsure(const Side& side, const Served& served,
+bool Audit::isBindingUnsure(const Side& side, const ServingRecord& served,
                             const std::string& device) const {
   const bool converged =
       side.policies ? served.record->policyConverge() : served.record->serviceDeviceConverge();
@@ -122,35 +120,6 @@ bool Audit::isBindingUnsure(const Side& side, const Served& served,
   // A pair may have changed over from one member's record to the other's; and the flag of a record
   // that serves a pair as well, whose name has several components, may have been set for the pair.
   return changed && (served.keys.size() > 1 || device.find(':') != std::string::npos);
-}
-
-/// The record that serves a device, worked out from the names alone.
-Audit::Served Audit::servedBy(const std::string& device) const {
-  using VelaL3V2Shared::NameEncoder;
-  using VelaL3V2Shared::NameSet;
-  const auto names = NameEncoder::decode(Kel::String(device));
-  const std::string first = Kel::textOf(names.name(0));
-  constexpr std::string_view kMarker = VelaPolicyMonitor::HAPairDeviceId::kMarker;
-  Served served;
-  if (!first.ends_with(kMarker)) {
-    served.keys.push_back(device);
-  } else {
-    const auto members =
-        NameEncoder::decode(Kel::String(first.substr(0, first.size() - kMarker.size())));
-    for (const NameSet::Index member : {0U, 1U}) {
-      NameSet wanted;
-      wanted.nameIs(0, members.name(member));
-      wanted.nameIs(1, names.name(1));
-      wanted.nameIs(2, names.name(2));
-      served.keys.push_back(Kel::textOf(NameEncoder::encode(wanted)));
-    }
-  }
-  for (const std::string& key : served.keys) {
-    if (served.record == nullptr) {
-      served.record = trees_.status->devicePolicyList(Kel::String(key));
-    }
-  }
-  return served;
 }
 
 }  // namespace Host

@@ -7,6 +7,7 @@
 
 #include "audit/SubtreeAudit.h"
 #include "translation/History.h"
+#include "translation/ServingRecord.h"
 
 namespace Host {
 
@@ -35,11 +36,6 @@ class Audit {
   std::vector<Difference> run();
 
  private:
-  struct Served {
-    std::vector<std::string> keys;  // that were looked up, in this order
-    Brix::Ptr<VelaPolicyMonitor::DevicePolicyList> record;
-  };
-
   /// One of the two trees, as it is compared now.
   struct Side {
     const Node* top1;
@@ -53,13 +49,13 @@ class Audit {
 
   void tree(const Side& side, const Translation::State& state, const History::Tree& past);
   void device(const Side& side, const Kel::PtrInterface& device1, const Kel::PtrInterface* device2);
-  void vrfs(const Side& side, const Served& served, const Kel::PtrInterface& device1,
+  void vrfs(const Side& side, const ServingRecord& served, const Kel::PtrInterface& device1,
             const Kel::PtrInterface& device2);
   void vrf(const Side& side, const std::string& recordName, const std::string& netVrfName,
            const Kel::PtrInterface& vrf1, const Kel::PtrInterface* vrf2);
   void timestamps(const Side& side, const Kel::PtrInterface& vrf1, const Kel::PtrInterface& vrf2);
-  Served servedBy(const std::string& device) const;
-  bool isBindingUnsure(const Side& side, const Served& served, const std::string& device) const;
+  bool isBindingUnsure(const Side& side, const ServingRecord& served,
+                       const std::string& device) const;
 
   const Trees& trees_;
   const History& history_;

@@ -5,7 +5,7 @@ namespace Host {
 
 using Kind = Difference::Kind;
 
-void Audit::vrfs(const Side& side, const Served& served, const Kel::PtrInterface& device1,
+void Audit::vrfs(const Side& side, const ServingRecord& served, const Kel::PtrInterface& device1,
                  const Kel::PtrInterface& device2) {
   if (!side.policies) {
     const Node& leaf = childOf(*side.devices2, "traffic-inspection");

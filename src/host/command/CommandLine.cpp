@@ -14,6 +14,7 @@ void addCommands(CommandTable& table) {
   addTranslate(table);
   addReplay(table);
   addAudit(table);
+  addExplain(table);
   addTrace(table);
   table.heading("The agent");
   addAgent(table);

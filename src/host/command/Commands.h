@@ -9,6 +9,7 @@ class CommandTable;
 void addTranslate(CommandTable& table);
 void addReplay(CommandTable& table);
 void addAudit(CommandTable& table);
+void addExplain(CommandTable& table);
 void addCtl(CommandTable& table);
 void addAgent(CommandTable& table);
 void addTrace(CommandTable& table);

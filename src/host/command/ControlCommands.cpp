@@ -8,6 +8,7 @@
 #include "control/AgentAnswer.h"
 #include "control/Apply.h"
 #include "control/Errands.h"
+#include "control/Explain.h"
 #include "control/Show.h"
 #include "control/Stats.h"
 #include "control/Watch.h"
@@ -105,6 +106,13 @@ void addAuditAgent(ControlCommands& commands) {
   addJson(command, *request, "print JSON, as vpm audit does");
 }
 
+void addExplainAgent(ControlCommands& commands) {
+  const auto [command, request] = commands.add(
+      "explain", "say why something is, or is not, in version 2", kCtlExplainHelp, explainAgent);
+  command.add_option("PATH", request->path, "what to explain, in either version")->required();
+  addJson(command, *request, "print JSON");
+}
+
 /// What is wrong with a text that should say trace levels; empty when nothing is.
 std::string whyNoLevels(const std::string& text) {
   std::string why;
@@ -169,6 +177,7 @@ void addCtl(CommandTable& table) {
   addApply(commands);
   addWatch(commands);
   addAuditAgent(commands);
+  addExplainAgent(commands);
   addTraceScope(commands);
   addStats(commands);
   addWait(commands);

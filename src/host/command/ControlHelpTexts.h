@@ -134,4 +134,11 @@ inline constexpr const char* kCtlStopHelp = R"(Examples:
       the agent takes leave of its clients and ends
 )";
 
+inline constexpr const char* kCtlExplainHelp = R"(Examples:
+  vpm ctl explain "/vela-l3:policy-source/policy-set[device-name=fw1]"
+      does version 2 have this device, and if not, what is missing?
+
+It is the same as "vpm explain" without --config; see there.
+)";
+
 }  // namespace Host

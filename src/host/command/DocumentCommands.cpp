@@ -5,6 +5,7 @@
 #include "command/AuditDocuments.h"
 #include "command/CommandTable.h"
 #include "command/Commands.h"
+#include "command/ExplainDocuments.h"
 #include "command/HelpTexts.h"
 #include "command/Replay.h"
 #include "command/Translate.h"
@@ -62,6 +63,29 @@ void addAudit(CommandTable& table) {
       ->required()
       ->type_name("FILE");
   table.addOutputOptions(command);
+}
+
+void addExplain(CommandTable& table) {
+  const auto asked = std::make_shared<ExplainDocumentsRequest>();
+  CLI::App& command = table.add("explain", "say why something is, or is not, in version 2",
+                                kExplainHelp, [asked](const auto& options, const auto& console) {
+                                  return asked->configs.empty()
+                                             ? explainAgent(*asked, options, console)
+                                             : explainDocuments(*asked, options, console);
+                                });
+  command.add_option("PATH", asked->path, "what to explain, in either version")->required();
+  auto* const config =
+      command.add_option("--config", asked->configs, "run on this document; may be repeated")
+          ->allow_extra_args(false)
+          ->type_name("DOC");
+  command.add_option("--v2", asked->leftOver, "with --config: version 2 of an earlier run")
+      ->needs(config)
+      ->type_name("DOC");
+  command.add_option("--socket", asked->socket, "ask the agent that listens here (default)")
+      ->excludes(config)
+      ->type_name("SOCKET");
+  command.add_flag("--json", asked->json, "print JSON, for programs");
+  table.addColorOption(command);
 }
 
 }  // namespace Host

@@ -115,4 +115,25 @@ Exit codes:
   3  a part of the trace cannot be read; the rest was printed
 )";
 
+inline constexpr const char* kExplainHelp =
+    R"(Goes along the path from the device down, and says of each step whether it
+was found: the tree, the entry of version 1, the monitor's record and the
+network VRF name that it has for the VRF, the state machine, the entry of
+version 2. The first thing that is missing is the reason; where a change line
+helps, it is printed, ready to be sent.
+
+Examples:
+  vpm explain "/vela-l3:policy-source/policy-set[device-name=fw1]"
+      ask the agent why version 2 has, or has not, the policies of this device
+  vpm explain "/vela-l3v2:policy-source/policy-set[device-name=fw1]" \
+      --config site.json
+      where does this come from, if this document is translated?
+
+Exit codes:
+  0  explained
+  1  the agent refused
+  2  a document, the path or the command line is wrong
+  3  no agent is there, or it has gone
+)";
+
 }  // namespace Host

@@ -35,6 +35,8 @@ class Session {
     return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices()).run();
   }
   const Statistics& statistics() const { return statistics_; }
+  const History& history() const { return history_; }
+  const Translation& translation() const { return translation_; }
 
  private:
   std::optional<std::string> whyRefused(const Change& change, TreeCursor& cursor) const;

@@ -26,6 +26,11 @@ class Translation {
   };
   State policies() const;
   State serviceDevices() const;
+  /// The root of the policy tree, or of the service-device tree; null when it is not running.
+  const Kel::PtrInterface* root(bool ofPolicies) const {
+    return ofPolicies ? static_cast<const Kel::PtrInterface*>(policies_.get())
+                      : serviceDevices_.get();
+  }
 
   /// Why this cannot be done now; empty when it can.
   std::string whyNot(Verb verb, bool ofPolicies, bool ofServiceDevices) const;

@@ -68,6 +68,20 @@ TEST_F(AgentAnswers, LinesWithEitherEndAndCountsBlankOnes) {
   EXPECT_EQ(client.line(), R"({"line":5})");
 }
 
+TEST_F(AgentAnswers, WhyAnEntryIsInVersion2) {
+  TestClient client = start().client();
+  EXPECT_THAT(client.ask(R"({"request":"explain","path":")" + kWeb + "\"}"),
+              AllOf(StartsWith(R"({"line":1,"explain":{"path":")" + kWeb +
+                               R"(","in-version-2":true,"steps":[{"level":"tree",)"),
+                    HasSubstr(R"("verdict":"is in version 2: version 1 has it, and )")));
+  EXPECT_THAT(client.ask(R"({"request":"explain","path":"/vela-l3:policy-source"})"),
+              StartsWith(R"({"line":2,"error":"which device is meant?)"));
+  const Outcome run = runVpm({"ctl", "--socket", agent_->socket(), "explain", kWeb});
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_THAT(run.out, HasSubstr("\n  [x] perOriginSm web: keeps it up to date\n"));
+  EXPECT_EQ(runVpm({"explain", kWeb, "--socket", agent_->socket()}).out, run.out);
+}
+
 TEST_F(AgentAnswers, StopAndEnds) {
   TestClient client = start().client();
   client.send("{\"request\":\"stop\"}\n{}\n");
