@@ -120,8 +120,9 @@ void AgentRun::record() {
   engine_->addLedger(*recording_);
   std::string started;
   Kel::appendValue(started, engine_->time());
-  diary_.say({"recording to ", request_.record, "; \"vpm replay --time ", started,
-              "\" on the same documents makes the same of it"});
+  const std::string again =
+      concat({"; \"vpm replay --time ", started, "\" on the same documents makes the same of it"});
+  diary_.say({"recording to ", request_.record, said_ ? "" : again});
 }
 
 void AgentRun::serve() {

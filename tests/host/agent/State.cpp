@@ -1,5 +1,7 @@
 // An agent that goes on after a restart.
 
+#include <sys/resource.h>
+
 #include <filesystem>
 
 #include "host/agent/AgentTest.h"
@@ -12,9 +14,8 @@ using testing::Not;
 
 class AgentState : public Agent {
  protected:
-  RunningAgent& startWithState(std::vector<std::string> options = {}) {
-    options.insert(options.end(), {"--state", folder_.path("state")});
-    return start(options);
+  RunningAgent& startWithState(const std::function<void()>& prepare = {}) {
+    return start({"--state", folder_.path("state")}, prepare);
   }
   static std::string tagsIn(TestClient& client) {
     const std::string answer = client.ask(kShowTags);
@@ -80,6 +81,28 @@ TEST_F(AgentState, KeepsWhatAReloadHasApplied) {
   TestClient again = agent_->client();
   EXPECT_THAT(again.ask(R"({"request":"show"})"), Not(HasSubstr("10.")));
   EXPECT_TRUE(agent_->said("vpm: read the documents again: nothing differs"));
+}
+
+TEST_F(AgentState, RefusesWhatItCannotWriteDownAndGoesOn) {
+  constexpr rlim_t kLargestFile = 16'000;
+  TestClient client = startWithState([] {
+                        const rlimit small{kLargestFile, kLargestFile};
+                        std::signal(SIGXFSZ, SIG_IGN);
+                        ::setrlimit(RLIMIT_FSIZE, &small);
+                      }).client();
+  std::string last;
+  std::string answer;
+  for (int i = 0; i < 100 && answer.find("error") == std::string::npos; ++i) {
+    const std::string tags = std::to_string(i) + std::string(500, 'x');
+    answer = client.ask(update(kWeb + "/tags", '"' + tags + '"'));
+    last = answer.find("error") == std::string::npos ? tags : last;
+  }
+  EXPECT_THAT(answer, HasSubstr("File too large"));
+  EXPECT_EQ(tagsIn(client), last);
+  agent_->signal(SIGKILL);
+  agent_->exitCode();
+  TestClient again = startWithState().client();
+  EXPECT_EQ(tagsIn(again), last);
 }
 
 TEST_F(AgentState, BelongsToOneAgentAtATime) {
