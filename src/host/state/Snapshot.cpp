@@ -22,7 +22,7 @@ constexpr Part kParts[] = {{"configuration.json", Content::configuration},
 constexpr const char* kManifest = "manifest";
 
 constexpr const char* kHelp =
-    "\nPut the folder back from a copy; or, to go on from the documents alone, name an empty "
+    ". Put the folder back from a copy; or, to go on from the documents alone, name an empty "
     "folder.";
 
 void write(ByteSink& sink, const Trees& trees, Content content) {
@@ -54,7 +54,7 @@ void fill(const SourceText& source, const Trees& trees, Content content) {
     const auto line = std::to_string(source.placeOf(fault.offset).line);
     const auto column = std::to_string(source.placeOf(fault.offset).column);
     throw StateError(concat({source.name(), ":", line, ":", column, ": ", fault.message,
-                             "\nAnother version of vpm may have written it.", kHelp}));
+                             ". Another version of vpm may have written it.", kHelp}));
   }
 }
 

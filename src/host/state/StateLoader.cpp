@@ -13,7 +13,7 @@ namespace Host {
 namespace {
 
 constexpr const char* kHelp =
-    "\nChanges that were acknowledged would be lost, so nothing was loaded. Put the folder back "
+    ". Changes that were acknowledged would be lost, so nothing was loaded. Put the folder back "
     "from a copy; or, to go on with what stands before that place, cut the file off there and "
     "remove the journals of higher numbers; or, to go on from the documents alone, name an empty "
     "folder.";
@@ -91,7 +91,7 @@ void StateLoader::apply(const std::string& file, const JournalRecord& record, co
     throw StateError(
         concat({file, ": record ", std::to_string(record.number),
                 " cannot be applied: ", faults.empty() ? "it has no time" : faults.front().message,
-                "\nAnother version of vpm may have written it.", kHelp}));
+                ". Another version of vpm may have written it.", kHelp}));
   }
   Touched touched;
   TreeEditor editor(trees, touched);

@@ -161,7 +161,7 @@ TEST_F(StateFolder, RefusesAJournalThatIsDamagedBeforeItsEndAndLeavesItAlone) {
       EXPECT_THAT(refusal(),
                   StartsWith(path_ + "/journal-1: damaged at offset " + std::to_string(offset) +
                              ": what should be record " + (offset == 0 ? "1" : "2") +
-                             " does not have its checksum, and good records follow\n"))
+                             " does not have its checksum, and good records follow. "))
           << i;
       EXPECT_EQ(journal(), bad);
     } else {
@@ -178,7 +178,7 @@ TEST_F(StateFolder, RefusesAGapBetweenJournals) {
   folder_.write("state/journal-1", whole.substr(whole.find('\n') + 1));
   EXPECT_THAT(refusal(), HasSubstr("journal-1: damaged at offset 0: record 2 follows record 0"));
   std::filesystem::remove(path_ + "/journal-1");
-  EXPECT_THAT(refusal(), HasSubstr("journal-1: this journal is missing\n"));
+  EXPECT_THAT(refusal(), HasSubstr("journal-1: this journal is missing. "));
 }
 
 TEST_F(StateFolder, RefusesADamagedSnapshotAndOneThatIsMissing) {
