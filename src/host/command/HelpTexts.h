@@ -126,7 +126,7 @@ Examples:
   vpm explain "/vela-l3:policy-source/policy-set[device-name=fw1]"
       ask the agent why version 2 has, or has not, the policies of this device
   vpm explain "/vela-l3v2:policy-source/policy-set[device-name=fw1]" \
-      --config site.json
+      --config firewall.json
       where does this come from, if this document is translated?
 
 Exit codes:
