@@ -24,8 +24,6 @@ class Engine {
   void unreadable() { session_.unreadable(); }
   /// `ledger` is told of what is applied from now on.
   void addLedger(Ledger& ledger) { session_.addLedger(ledger); }
-  /// For a copy of the engine, of which nothing is to be kept.
-  void forgetLedgers() { session_.forgetLedgers(); }
 
   const Trees& trees() const { return trees_; }
   const Session& session() const { return session_; }

@@ -4,7 +4,6 @@
 
 #include <fstream>
 
-#include "agent/Trial.h"
 #include "audit/Difference.h"
 #include "data/TreeWriter.h"
 #include "explain/Explainer.h"
@@ -84,16 +83,6 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
       write(reply.json(),
             Explainer(engine_.trees(), engine_.session().translation(), engine_.session().history())
                 .explain(*request.path));
-      break;
-    case Request::Kind::tryOut:
-      if (request.change->time) {
-        return reply.error(kRealClock);
-      }
-      try {
-        writeTrial(reply.json(), engine_, *request.change);
-      } catch (const std::exception& error) {
-        return reply.error(error.what());
-      }
       break;
     case Request::Kind::stats:
       statistics(reply.json());

@@ -30,8 +30,6 @@ class Session {
   void unreadable() { ++statistics_.failed; }
   /// `ledger` is told of every line from now on, after those that were added before.
   void addLedger(Ledger& ledger) { ledgers_.push_back(&ledger); }
-  /// For a copy of the session, of which nothing is to be kept.
-  void forgetLedgers() { ledgers_.clear(); }
   /// Compares what the session has come to: see Audit.
   std::vector<Difference> audit() const {
     return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices()).run();
