@@ -80,7 +80,7 @@ void AgentRun::start() {
   }
   signals_.follow(loop_);
   clients_.emplace(*listener_, loop_);
-  service_.emplace(*engine_, *clients_, documents_);
+  service_.emplace(*engine_, *clients_, documents_, loop_);
   if (request_.watch) {
     watch();
   }

@@ -24,6 +24,8 @@ class Engine {
   void unreadable() { session_.unreadable(); }
   /// `ledger` is told of what is applied from now on.
   void addLedger(Ledger& ledger) { session_.addLedger(ledger); }
+  /// Nobody is told any more.
+  void dropLedgers() { session_.dropLedgers(); }
 
   const Trees& trees() const { return trees_; }
   const Session& session() const { return session_; }

@@ -63,6 +63,9 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
   if (request.kind == Request::Kind::watch) {
     return watches_.add(from, number, request);
   }
+  if (request.kind == Request::Kind::tryOut && !request.change->time) {
+    return trials_.add(from, number, *request.change);
+  }
   if (request.kind == Request::Kind::reload) {
     return reload(from, number);
   }
@@ -84,6 +87,8 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
             Explainer(engine_.trees(), engine_.session().translation(), engine_.session().history())
                 .explain(*request.path));
       break;
+    case Request::Kind::tryOut:
+      return reply.error(kRealClock);
     case Request::Kind::stats:
       statistics(reply.json());
       break;

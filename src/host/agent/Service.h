@@ -5,6 +5,7 @@
 #include "agent/Acknowledgements.h"
 #include "agent/Clients.h"
 #include "agent/Documents.h"
+#include "agent/Trials.h"
 #include "agent/Waits.h"
 #include "agent/Watches.h"
 #include "change/ChangeReader.h"
@@ -16,17 +17,19 @@ namespace Host {
 /// Answers the lines of the control socket: change lines, and requests.
 class Service : public Answerer {
  public:
-  Service(Engine& engine, const Clients& clients, Documents& documents)
+  Service(Engine& engine, const Clients& clients, Documents& documents, Loop& loop)
       : engine_(engine),
         clients_(clients),
         documents_(documents),
         waits_(engine),
-        watches_(engine.trees()) {}
+        watches_(engine.trees()),
+        trials_(engine, loop) {}
 
   void line(Client& from, std::size_t number, std::string_view line) override;
   void gone(Client& from) override {
     waits_.drop(from);
     watches_.drop(from);
+    trials_.drop(from);
   }
   /// Whether a client has asked the agent to stop.
   bool isOver() const override { return stopping_; }
@@ -37,8 +40,13 @@ class Service : public Answerer {
   void look() {
     waits_.look();
     watches_.look();
+    trials_.look();
   }
-  std::optional<std::chrono::milliseconds> patience() const { return waits_.patience(); }
+  std::optional<std::chrono::milliseconds> patience() const {
+    const auto waits = waits_.patience();
+    const auto trials = trials_.patience();
+    return waits && trials ? std::min(*waits, *trials) : waits ? waits : trials;
+  }
 
  private:
   void change(Client& from, std::size_t number, std::string_view line);
@@ -53,6 +61,7 @@ class Service : public Answerer {
   Acknowledgements acknowledgements_;
   Waits waits_;
   Watches watches_;
+  Trials trials_;
   ChangeReader changes_;
   RequestReader requests_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();

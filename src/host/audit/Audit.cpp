@@ -32,7 +32,8 @@ std::string whyTree(const Translation::State& state, const History::Tree& past) 
 
 }  // namespace
 
-std::vector<Difference> Audit::run() {
+std::vector<Difference> Audit::run(const std::set<std::string>* only) {
+  only_ = only;
   const auto side = [](const char* name1, const char* name2, bool policies) {
     const Node* const top1 = Schema::instance().top(name1);
     const Node* const top2 = Schema::instance().top(name2);
@@ -56,13 +57,16 @@ void Audit::tree(const Side& side, const Translation::State& state, const Histor
   found_.excuse(Kind::pending, whyTree(state, past));
   found_.enter(*side.top1, nullptr, *side.top2, nullptr);
   for (const auto& [name, device1] : all1) {
+    if (!isAskedFor(name)) {
+      continue;
+    }
     const Kel::PtrInterface* const device2 = SubtreeAudit::lookUp(all2, name);
     found_.enter(*side.devices1, device1, *side.devices2, device2);
     device(side, *device1, device2);
     found_.leave();
   }
   for (const auto& [name, device2] : all2) {
-    if (!all1.contains(name)) {
+    if (!all1.contains(name) && isAskedFor(name)) {
       found_.enter(*side.devices1, nullptr, *side.devices2, device2);
       found_.at2(Kind::foreign, "version 1 has no such device");
       found_.leave();

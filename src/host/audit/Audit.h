@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,7 +34,8 @@ class Audit {
       : trees_(trees), history_(history), policies_(policies), serviceDevices_(serviceDevices) {}
 
   /// The differences, in the order of the trees and of their keys.
-  std::vector<Difference> run();
+  /// `only`: of these devices alone; null: of all.
+  std::vector<Difference> run(const std::set<std::string>* only = nullptr);
 
  private:
   /// One of the two trees, as it is compared now.
@@ -47,6 +49,9 @@ class Audit {
     bool policies;
   };
 
+  bool isAskedFor(const std::string& device) const {
+    return only_ == nullptr || only_->contains(device);
+  }
   void tree(const Side& side, const Translation::State& state, const History::Tree& past);
   void device(const Side& side, const Kel::PtrInterface& device1, const Kel::PtrInterface* device2);
   void vrfs(const Side& side, const ServingRecord& served, const Kel::PtrInterface& device1,
@@ -61,6 +66,7 @@ class Audit {
   const History& history_;
   const Translation::State policies_;
   const Translation::State serviceDevices_;
+  const std::set<std::string>* only_ = nullptr;
   SubtreeAudit found_;
 };
 

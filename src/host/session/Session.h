@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,9 +31,12 @@ class Session {
   void unreadable() { ++statistics_.failed; }
   /// `ledger` is told of every line from now on, after those that were added before.
   void addLedger(Ledger& ledger) { ledgers_.push_back(&ledger); }
-  /// Compares what the session has come to: see Audit.
-  std::vector<Difference> audit() const {
-    return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices()).run();
+  /// Nobody is told of lines any more.
+  void dropLedgers() { ledgers_.clear(); }
+  /// Compares what the session has come to: see Audit. `only`: of these devices; null: of all.
+  std::vector<Difference> audit(const std::set<std::string>* only = nullptr) const {
+    return Audit(trees_, history_, translation_.policies(), translation_.serviceDevices())
+        .run(only);
   }
   const Statistics& statistics() const { return statistics_; }
   const History& history() const { return history_; }
