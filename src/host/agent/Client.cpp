@@ -32,10 +32,10 @@ void Client::ready(std::uint32_t events) {
   held_ = held_ && !vanished_;
 }
 
-void Client::work(Answerer& answerer) {
-  const auto end = std::chrono::steady_clock::now() + kItsTurn;
+void Client::work(Answerer& answerer, std::chrono::microseconds slice) {
+  const auto end = std::chrono::steady_clock::now() + slice;
   int reads = 0;
-  while (mayAnswer() && !answerer.isOver() && std::chrono::steady_clock::now() < end) {
+  while (mayAnswer() && !answerer.isOver()) {
     if (!line_ && readable_ && reads++ < kReads) {
       read();
     }
@@ -47,6 +47,9 @@ void Client::work(Answerer& answerer) {
       answerer.line(*this, input_.number(), line);
     }
     fetch();
+    if (std::chrono::steady_clock::now() >= end) {
+      break;
+    }
   }
 }
 

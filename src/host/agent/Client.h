@@ -30,8 +30,8 @@ class Answerer {
 
 /// The agent's end of a connection.
 ///
-/// In a turn of the loop it reads what there is, has it answered line by line for a few
-/// milliseconds at the most, and sends the answers when the turn ends. While more answers wait than
+/// In a turn of the loop it reads what there is, has it answered line by line as long as its slice
+/// of the turn is not over, and sends the answers when the turn ends. While more answers wait than
 /// `kMostWaiting` bytes, and while it is held, it neither answers nor reads: then it is the other
 /// side that has to wait. Lines that came before the other side ended or vanished are answered all
 /// the same; a last line without an end is not.
@@ -45,7 +45,8 @@ class Client : public Loop::Source {
   ~Client() override;
 
   void ready(std::uint32_t events) override;
-  void work(Answerer& answerer);
+  /// Answers at least one line, if there is one to be answered.
+  void work(Answerer& answerer, std::chrono::microseconds slice);
   /// Sends what the socket takes, and follows what it needs from now on.
   void send();
 

@@ -32,8 +32,12 @@ void Clients::ready(std::uint32_t /*events*/) {
 }
 
 void Clients::work(Answerer& answerer) {
+  // Each keeps the others waiting, and all together whoever comes.
+  constexpr std::chrono::microseconds kMost = std::chrono::milliseconds(10);
+  constexpr std::chrono::microseconds kTurn = std::chrono::milliseconds(40);
+  const auto slice = std::min(kMost, kTurn / std::max<std::ptrdiff_t>(1, std::ssize(all_)));
   for (Client& each : all_) {
-    each.work(answerer);
+    each.work(answerer, slice);
   }
 }
 
