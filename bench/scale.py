@@ -136,4 +136,5 @@ def main():
             )
 
 
-main()
+if __name__ == "__main__":
+    main()
