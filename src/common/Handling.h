@@ -3,6 +3,8 @@
 #include <cstdint>
 
 #include "Pario/Pario.h"
+#include "common/HandlerTimes.h"
+#include "common/TracePlace.h"
 #include "common/TranslateSm.h"
 
 namespace VelaPolicyMonitor {
@@ -35,10 +37,35 @@ struct Lead {
 /// The form is a literal and never split over lines, so that a trace line is found in the source by
 /// searching for it. A line consists of the scope, the form and the pieces with nothing between.
 /// A handler that ends by an exception writes no exit line.
+///
+/// The lines belong to where the machine stands (TracePlace); those of a keyed handler of an upper
+/// machine to the key, which is named as OnDevice, OnVrf or OnRule.
+///
+/// While the run-time of handlers is measured (Pario::measuringIs), so is this one.
 class Handling {
  public:
-  Handling(TranslateSm& sm, const TraceScope& scope, const char* form) noexcept
-      : busy_(sm), scope_(scope), form_(form) {}
+  template <class Sm>
+  Handling(Sm& sm, const TraceScope& scope, const char* form) noexcept
+      : busy_(sm), scope_(scope), form_(form), place_(sm.tracePlace()) {
+    if (event_.isOpen()) {
+      time_.begin(scope.scope, form);
+    }
+  }
+  template <class Sm, class Part>
+  Handling(Sm& sm, const TraceScope& scope, const char* form, const Part& part) noexcept
+      : Handling(sm, scope, form) {
+    if (event_.isOpen()) {
+      part_ = part.bits();
+    }
+  }
+
+  Handling(const Handling&) = delete;
+  Handling& operator=(const Handling&) = delete;
+  ~Handling() noexcept(false) {
+    if (event_.isOpen()) {
+      time_.end();
+    }
+  }
 
   /// The entry line, level 8.
   template <class... Pieces>
@@ -58,7 +85,8 @@ class Handling {
   /// The exit line, level 7.
   void leave(const char* file = __builtin_FILE(), std::uint32_t atLine = __builtin_LINE()) const {
     if (Pario::on(7)) {
-      Pario::write({kFacility, scope_.scope, form_, 7, file, atLine}, Pario::Literal{scope_.leave});
+      Pario::write({kFacility, scope_.scope, form_, 7, file, atLine, place()},
+                   Pario::Literal{scope_.leave});
     }
   }
 
@@ -68,15 +96,20 @@ class Handling {
   template <class... Pieces>
   void line(unsigned level, const Lead& lead, const Pieces&... pieces) const {
     if (Pario::on(level)) {
-      Pario::write({kFacility, scope_.scope, form_, level, lead.file, lead.line},
+      Pario::write({kFacility, scope_.scope, form_, level, lead.file, lead.line, place()},
                    Pario::Literal{lead.text}, pieces...);
     }
   }
+
+  Pario::Place place() const noexcept { return place_.bits() | part_; }
 
   Busy busy_;
   Pario::Event event_;
   const TraceScope& scope_;
   const char* form_;
+  const TracePlace& place_;
+  Pario::Place part_ = 0;
+  HandlerTimes::Run time_;
 };
 
 }  // namespace VelaPolicyMonitor

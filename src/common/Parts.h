@@ -8,6 +8,7 @@
 #include "Kel/Dispatch.h"
 #include "Kel/EntryMap.h"
 #include "Kel/Exception.h"
+#include "common/TracePlace.h"
 #include "common/TranslateSm.h"
 
 namespace VelaPolicyMonitor {
@@ -72,8 +73,8 @@ class Children {
   /// stack (an observer of version 2 has called a handler of the owner): there is to be no second
   /// one. Null also when the owner has come to its end itself (one of its handlers is still on the
   /// stack): a child of its would empty, at its own end, what the successor's wrote.
-  template <class... Args>
-  Brix::Ptr<Child> keepOrReplace(TranslateSm& owner, const Key& key, const Args&... args) {
+  template <class Owner, class... Args>
+  Brix::Ptr<Child> keepOrReplace(Owner& owner, const Key& key, const Args&... args) {
     const Busy busy{owner};
     if (Child* const there = find(key)) {
       if (there->builtFrom(args...)) {
@@ -81,15 +82,15 @@ class Children {
       }
       return replace(owner, key, args...);
     }
-    return owner.retired() ? nullptr : add(key, args...);
+    return owner.retired() ? nullptr : add(owner, key, args...);
   }
 
   /// The child under `key`, built now if there is none; one that was built from other objects
   /// than `args` is an error of the caller, raised as Kel::ReinstantiationException; while the
   /// owner is catching up it gives way instead, as its entry was deleted and created anew
   /// meanwhile. Null in the same two cases as above.
-  template <class... Args>
-  Brix::Ptr<Child> keepOrThrow(TranslateSm& owner, const char* collection, const Key& key,
+  template <class Owner, class... Args>
+  Brix::Ptr<Child> keepOrThrow(Owner& owner, const char* collection, const Key& key,
                                const Args&... args) {
     const Busy busy{owner};
     if (Child* const there = find(key)) {
@@ -101,7 +102,7 @@ class Children {
       }
       return replace(owner, key, args...);
     }
-    return owner.retired() ? nullptr : add(key, args...);
+    return owner.retired() ? nullptr : add(owner, key, args...);
   }
 
   void activeIs(bool on) noexcept {
@@ -137,19 +138,20 @@ class Children {
   }
 
   /// `key` by value: the one that the caller has may lie in the child that goes.
-  template <class... Args>
-  Brix::Ptr<Child> replace(TranslateSm& owner, Key key, const Args&... args) {
+  template <class Owner, class... Args>
+  Brix::Ptr<Child> replace(Owner& owner, Key key, const Args&... args) {
     remove(key)->retire();
-    return owner.retired() ? nullptr : add(key, args...);
+    return owner.retired() ? nullptr : add(owner, key, args...);
   }
 
   /// The child is built first and stored then: a constructor that throws leaves no entry behind.
-  template <class... Args>
-  Brix::Ptr<Child> add(const Key& key, const Args&... args) {
+  template <class Owner, class... Args>
+  Brix::Ptr<Child> add(const Owner& owner, const Key& key, const Args&... args) {
     if (isBeingBuilt(key)) {
       return nullptr;
     }
     const Building building{*this, key};
+    const TracePlace::Making making(owner.tracePlace());
     Brix::Ptr<Child> child = TranslateSm::make<Child>(key, args...);
     map_.insert(child);
     return child;

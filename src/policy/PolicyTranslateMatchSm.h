@@ -56,6 +56,9 @@ class PolicyTranslateMatchSm final : public TranslateSm,
   void handleDstL4AppRange(const VelaL3::VelaL4AppRange& range);
   void handleDstL4AppRange();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(matchV1_); }
@@ -66,6 +69,8 @@ class PolicyTranslateMatchSm final : public TranslateSm,
   void mirror(const Key& key);
   template <const auto& Mirrored>
   void mirrorAll();
+
+  TracePlace tracePlace_ = TracePlace::ofOwner();
 };
 
 /// The library's entry point; the arguments of the constructor.

@@ -103,7 +103,7 @@ void PolicyTranslatePerDeviceSm::handleInitialized() {
 
 // Deliberate: whether the machine is initialized is not asked, here and in the full walk.
 void PolicyTranslatePerDeviceSm::handleVrf(const String& vrfName) {
-  const Handling run{*this, kTrace, "handleVrf(const String&)"};
+  const Handling run{*this, kTrace, "handleVrf(const String&)", OnVrf{vrfName}};
   run.enter(" Device: ", deviceName(), " VRF name: ", vrfName);
   const L3::VrfName vrf(vrfName);
   const auto policyV1 = policySetV1() ? policySetV1()->policy(vrf) : nullptr;

@@ -61,6 +61,9 @@ class PolicyTranslatePerDeviceSm final : public TranslateSm,
   void handleVrf();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(policySetV1_, policyList_, perVrfSm_); }
@@ -68,6 +71,8 @@ class PolicyTranslatePerDeviceSm final : public TranslateSm,
   void kel_handlePolicySetV1_policy(const L3::VrfName& vrfName);
   /// Removes the child for a VRF, then the version-2 entry that it wrote to.
   void removeVrf(const L3::VrfName& vrf);
+
+  TracePlace tracePlace_ = TracePlace::ofOwner().with(OnDevice{deviceName_});
 };
 
 /// The library's entry point; the arguments of the constructor.

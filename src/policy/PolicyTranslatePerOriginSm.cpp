@@ -80,6 +80,7 @@ Brix::Ptr<PolicyTranslateMatchSm> PolicyTranslatePerOriginSm::matchSmIs(
   if (matchSm() && matchSm()->builtFrom(matchV1, matchV2, cookie)) {
     return matchSm();
   }
+  const TracePlace::Making making(tracePlace());
   auto made = PolicyTranslateMatchSm::PolicyTranslateMatchSmIs(matchV1, matchV2, cookie);
   // Deliberate: the one that gives way is released without being switched off first.
   matchSm_.exchange(made);

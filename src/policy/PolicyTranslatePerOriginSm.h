@@ -60,10 +60,15 @@ class PolicyTranslatePerOriginSm final : public TranslateSm,
   void handleLog();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(originPolicyV1_, matchSm_); }
   void tearDown() noexcept override;
+
+  TracePlace tracePlace_ = TracePlace::ofOwner();
 };
 
 /// The library's entry point; the arguments of the constructor.

@@ -58,10 +58,15 @@ class PolicyTranslatePerRuleSm final : public TranslateSm,
   void handleOrigin();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(ruleV1_, perOriginSm_); }
   void tearDown() noexcept override;
+
+  TracePlace tracePlace_ = TracePlace::ofOwner().with(OnRule{priority_.value()});
 };
 
 /// The library's entry point; the arguments of the constructor.

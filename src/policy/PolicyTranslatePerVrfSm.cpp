@@ -135,7 +135,7 @@ void PolicyTranslatePerVrfSm::handleInitialized() {
 }
 
 void PolicyTranslatePerVrfSm::handleRule(VelaL3::VelaPriority priority) {
-  const Handling run{*this, kTrace, "handleRule(VelaL3::VelaPriority)"};
+  const Handling run{*this, kTrace, "handleRule(VelaL3::VelaPriority)", OnRule{priority.value()}};
   // Deliberate: the label " Rule: " is followed by the name of the VRF.
   run.enter(" Rule: ", vrfName(), " priority: ", priority);
   const VelaL3V2::VelaPriority priorityV2(priority.value());

@@ -68,11 +68,15 @@ class PolicyTranslatePerVrfSm final : public TranslateSm,
   void doUpdate();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(policyV1_, perRuleSm_); }
   void tearDown() noexcept override;
 
+  TracePlace tracePlace_ = TracePlace::ofOwner().with(OnVrf{vrfName_.stringValue()});
   mutable Brix::SubscriberList notifiees_;
 };
 

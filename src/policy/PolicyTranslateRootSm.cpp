@@ -88,7 +88,7 @@ void PolicyTranslateRootSm::handlePolicySet(const String& deviceName) {
   if (!initialized()) {
     return;
   }
-  const Handling run{*this, kTrace, "handlePolicySet(const String&)"};
+  const Handling run{*this, kTrace, "handlePolicySet(const String&)", OnDevice{deviceName}};
   run.enter(" Device name: ", deviceName);
   const auto policySetV1 = policySrcV1() ? policySrcV1()->policySet(deviceName) : nullptr;
   const auto policyList = getPolicyList(deviceName);

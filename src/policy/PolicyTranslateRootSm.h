@@ -57,10 +57,15 @@ class PolicyTranslateRootSm final : public TranslateSm,
   void handlePolicySet();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(policySrcV1_, perDeviceSm_); }
   void tearDown() noexcept override;
+
+  TracePlace tracePlace_;
 };
 
 /// The agent's entry point: mirrors what is there and then follows every change, until dropped.

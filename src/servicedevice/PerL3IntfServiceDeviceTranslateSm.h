@@ -52,10 +52,15 @@ class PerL3IntfServiceDeviceTranslateSm final
   void handleSubnet(const Norv::IpGenPrefix& subnet);
   void handleSubnet();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(l3IntfConfigV1_); }
   void tearDown() noexcept override;
+
+  TracePlace tracePlace_ = TracePlace::ofOwner();
 };
 
 /// The library's entry point; the arguments of the constructor.

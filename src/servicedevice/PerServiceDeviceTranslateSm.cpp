@@ -106,7 +106,7 @@ void PerServiceDeviceTranslateSm::handleInitialized() {
 // Deliberate: whether the machine is initialized is not asked, here and in the full walk; and
 // "VRF name: " has no leading blank.
 void PerServiceDeviceTranslateSm::handleVrf(const String& vrf) {
-  const Handling run{*this, kTrace, "handleVrf(const String&)"};
+  const Handling run{*this, kTrace, "handleVrf(const String&)", OnVrf{vrf}};
   run.enter(" Device: ", deviceName(), "VRF name: ", vrf);
   const L3::VrfName vrfName(vrf);
   const auto vrfV1 = sdConfigV1() ? sdConfigV1()->vrf(vrfName) : nullptr;

@@ -62,6 +62,9 @@ class PerServiceDeviceTranslateSm final : public TranslateSm,
   void handleTrafficInspection();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(sdConfigV1_, policyList_, perVrfSm_); }
@@ -69,6 +72,8 @@ class PerServiceDeviceTranslateSm final : public TranslateSm,
   void kel_handleSdConfigV1_vrf(const L3::VrfName& vrfName);
   /// Removes the child for a VRF, then the version-2 entry that it wrote to.
   void removeVrf(const L3::VrfName& vrf);
+
+  TracePlace tracePlace_ = TracePlace::ofOwner().with(OnDevice{deviceName_});
 };
 
 /// The library's entry point; the arguments of the constructor.

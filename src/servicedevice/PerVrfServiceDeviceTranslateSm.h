@@ -68,11 +68,15 @@ class PerVrfServiceDeviceTranslateSm final
   void doUpdate();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(vrfConfigV1_, perL3IntfSm_); }
   void tearDown() noexcept override;
 
+  TracePlace tracePlace_ = TracePlace::ofOwner().with(OnVrf{vrfName_.stringValue()});
   mutable Brix::SubscriberList notifiees_;
 };
 

@@ -93,7 +93,7 @@ void ServiceDeviceTranslateRootSm::handleDevice(const String& name) {
   if (!initialized()) {
     return;
   }
-  const Handling run{*this, kTrace, "handleDevice(const String&)"};
+  const Handling run{*this, kTrace, "handleDevice(const String&)", OnDevice{name}};
   run.enter(" Device name: ", name);
   const Vela::DeviceName deviceName(name);
   const auto sdConfigV1 = sdSourceV1() ? sdSourceV1()->serviceDevice(name) : nullptr;

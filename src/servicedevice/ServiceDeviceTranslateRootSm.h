@@ -59,10 +59,15 @@ class ServiceDeviceTranslateRootSm final : public TranslateSm,
   void handleDevice();
   void cleanup();
 
+  /// Where the machine stands, for the trace.
+  const TracePlace& tracePlace() const noexcept { return tracePlace_; }
+
  private:
   friend class TranslateSm;
   auto parts() { return std::tie(sdSourceV1_, perDeviceSm_); }
   void tearDown() noexcept override;
+
+  TracePlace tracePlace_;
 };
 
 /// The agent's entry point: mirrors what is there and then follows every change, until dropped.

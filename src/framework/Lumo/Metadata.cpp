@@ -43,7 +43,7 @@ constexpr std::string_view kStream =
     "    u64 events_discarded;\n"
     "  };\n"
     "  event.header := struct { u32 id; stamp timestamp; };\n"
-    "  event.context := struct { f64 seconds; };\n"
+    "  event.context := struct { f64 seconds; u64 subject; };\n"
     "};\n\n";
 
 std::string number(std::uint64_t value) { return std::to_string(value); }

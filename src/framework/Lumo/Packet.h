@@ -24,7 +24,8 @@ struct PacketHeader {
 static_assert(sizeof(PacketHeader) == 80 && offsetof(PacketHeader, begin) == 32,
               "no gaps: the metadata describes every byte");
 
-/// What precedes the values of a record: site (4 bytes), stamp (8), printed time (8, a double).
-inline constexpr std::size_t kRecordHeader = 20;
+/// What precedes the values of a record: site (4 bytes), stamp (8), printed time (8, a double),
+/// subject (8).
+inline constexpr std::size_t kRecordHeader = 28;
 
 }  // namespace Lumo

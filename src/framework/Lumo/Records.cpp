@@ -55,7 +55,8 @@ class Cursor {
 bool readRecord(Cursor& cursor, const std::function<const Site*(std::uint32_t)>& siteOf,
                 Record& record) {
   std::uint32_t id = 0;
-  if (!cursor.take(id) || !cursor.take(record.stamp) || !cursor.take(record.seconds)) {
+  if (!cursor.take(id) || !cursor.take(record.stamp) || !cursor.take(record.seconds) ||
+      !cursor.take(record.subject)) {
     return false;
   }
   record.site = siteOf(id);

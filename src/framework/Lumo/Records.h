@@ -20,8 +20,9 @@ struct RecordedValue {
 /// A record as it lies in a segment. All views end with the memory that was read.
 struct Record {
   const Site* site;
-  std::uint64_t stamp;  ///< nanoseconds since 1970, strictly increasing
-  double seconds;       ///< the time to print
+  std::uint64_t stamp;    ///< nanoseconds since 1970, strictly increasing
+  double seconds;         ///< the time to print
+  std::uint64_t subject;  ///< what it is about, as the writer has said
   std::vector<RecordedValue> values;
 };
 

@@ -73,7 +73,7 @@ PacketHeader& TraceFile::packet(std::size_t index) const noexcept {
 }
 
 std::byte* TraceFile::beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp,
-                                  double seconds) noexcept {
+                                  double seconds, std::uint64_t subject) noexcept {
   if (!lock_.enter()) {
     drop();
     return nullptr;
@@ -86,7 +86,7 @@ std::byte* TraceFile::beginSlowly(std::uint32_t site, std::size_t size, std::uin
     lock_.leave();
     return nullptr;
   }
-  return beginHere(site, stamp, seconds);
+  return beginHere(site, stamp, seconds, subject);
 }
 
 bool TraceFile::publish() noexcept {

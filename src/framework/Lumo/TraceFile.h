@@ -35,9 +35,9 @@ namespace Lumo {
 /// stream in order, and here the order of the files says nothing; readers merge streams by time.
 /// When the current segment is full the next one, the oldest, is taken over.
 ///
-/// A record is the number of its *site*, a stamp, the printed time and the values (Site.h says how
-/// they lie). The texts belong to the site and stand in `metadata` only. Values are raw: a prefix
-/// is copied as its 18 bytes and becomes text when somebody reads the trace.
+/// A record is the number of its *site*, a stamp, the printed time, what it is about and the values
+/// (Site.h says how they lie). The texts belong to the site and stand in `metadata` only. Values
+/// are raw: a prefix is copied as its 18 bytes and becomes text when somebody reads the trace.
 ///
 /// **Nothing torn, at any instant.** The mapping belongs to the kernel's page cache: what was
 /// stored is in the file when the process is gone (only a crash of the machine loses it). So the
@@ -80,19 +80,19 @@ class TraceFile {
 
   /// Starts a record of the site with this id, with up to `size` bytes of values and returns the
   /// place for them, or null when it was dropped. `stamp` is the time of the event in nanoseconds
-  /// since 1970, `seconds` the time to print. After a place was returned, exactly one of `finish`
-  /// and `abandon` must follow, from the same thread and soon: until then no other record can be
-  /// written.
-  std::byte* begin(std::uint32_t site, std::size_t size, std::uint64_t stamp,
-                   double seconds) noexcept {
-    std::byte* const place = tryBegin(site, size, stamp, seconds);
-    return place != nullptr ? place : beginSlowly(site, size, stamp, seconds);
+  /// since 1970, `seconds` the time to print; what the bits of `subject` say is the writer's
+  /// affair. After a place was returned, exactly one of `finish` and `abandon` must follow, from
+  /// the same thread and soon: until then no other record can be written.
+  std::byte* begin(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
+                   std::uint64_t subject = 0) noexcept {
+    std::byte* const place = tryBegin(site, size, stamp, seconds, subject);
+    return place != nullptr ? place : beginSlowly(site, size, stamp, seconds, subject);
   }
 
   /// As `begin`, but gives up with null, and without a trace of it, when more than storing a few
   /// numbers is needed. Then `begin` decides.
-  std::byte* tryBegin(std::uint32_t site, std::size_t size, std::uint64_t stamp,
-                      double seconds) noexcept {
+  std::byte* tryBegin(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
+                      std::uint64_t subject = 0) noexcept {
     if (!lock_.tryEnter()) [[unlikely]] {
       return nullptr;
     }
@@ -101,7 +101,7 @@ class TraceFile {
       lock_.leaveOwned();
       return nullptr;
     }
-    return beginHere(site, stamp > last_ ? stamp : last_ + 1, seconds);
+    return beginHere(site, stamp > last_ ? stamp : last_ + 1, seconds, subject);
   }
 
   /// Makes the record valid; `end` is behind its last byte.
@@ -129,16 +129,18 @@ class TraceFile {
  private:
   explicit TraceFile(std::unique_ptr<Segments> segments);
   PacketHeader& packet(std::size_t index) const noexcept;
-  std::byte* beginHere(std::uint32_t site, std::uint64_t stamp, double seconds) noexcept {
+  std::byte* beginHere(std::uint32_t site, std::uint64_t stamp, double seconds,
+                       std::uint64_t subject) noexcept {
     last_ = stamp;
     std::byte* const place = at_;
     std::memcpy(place, &site, 4);
     std::memcpy(place + 4, &stamp, 8);
     std::memcpy(place + 12, &seconds, 8);
+    std::memcpy(place + 20, &subject, 8);
     return place + kRecordHeader;
   }
-  std::byte* beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp,
-                         double seconds) noexcept;
+  std::byte* beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
+                         std::uint64_t subject) noexcept;
   bool publish() noexcept;
   bool nextSegment(std::size_t needed, std::uint64_t stamp) noexcept;
   void drop() noexcept;

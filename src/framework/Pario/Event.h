@@ -34,6 +34,9 @@ class Event {
   Event(const Event&) = delete;
   Event& operator=(const Event&) = delete;
 
+  /// Whether somebody listened when it began.
+  bool isOpen() const noexcept { return open_; }
+
  private:
   const bool open_;
 };

@@ -6,12 +6,21 @@
 namespace Pario {
 
 /// Who listens to what: bit L, some facility of the text trace listens to level L; bit 16 + L, the
-/// binary trace does. Kept by the two traces themselves; read-only for everybody else.
+/// binary trace does; kMeasure, the runs of handlers are timed. Read-only for everybody else.
 extern std::atomic<std::uint32_t> listening;
 
 /// The levels (bit L is level L) that go to the binary trace while it has a default ring; all of
 /// them at first.
 void binaryLevelsAre(std::uint32_t levels) noexcept;
+std::uint32_t binaryLevels() noexcept;
+
+/// Whether whoever opens events times them (off at first). It is a bit of `listening`, so that the
+/// test which an event makes anyhow decides.
+inline constexpr std::uint32_t kMeasure = 0x80000000U;
+void measuringIs(bool on) noexcept;
+inline bool measuring() noexcept {
+  return (listening.load(std::memory_order_relaxed) & kMeasure) != 0;
+}
 
 /// Whether anybody listens to `level`, 0 to 9: one load and one test.
 inline bool on(unsigned level) noexcept {

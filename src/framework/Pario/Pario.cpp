@@ -8,12 +8,15 @@ constinit std::atomic<std::uint32_t> listening{0};
 
 namespace {
 
-constinit std::atomic<std::uint32_t> binaryLevels{Kel::TextTrace::kAllLevels};
+constinit std::atomic<std::uint32_t> levelsOfBinary{Kel::TextTrace::kAllLevels};
+constinit std::atomic<bool> measured{false};
 
 void refresh() noexcept {
   const std::uint32_t binary =
-      Lumo::defaultHandle() == nullptr ? 0 : binaryLevels.load(std::memory_order_relaxed);
-  listening.store(Kel::TextTrace::levelsOfAny() | (binary << 16U), std::memory_order_relaxed);
+      Lumo::defaultHandle() == nullptr ? 0 : levelsOfBinary.load(std::memory_order_relaxed);
+  const std::uint32_t measure = measured.load(std::memory_order_relaxed) ? kMeasure : 0;
+  listening.store(Kel::TextTrace::levelsOfAny() | (binary << 16U) | measure,
+                  std::memory_order_relaxed);
 }
 
 // Both traces report changes from the moment the library is loaded; the first question to the text
@@ -48,7 +51,14 @@ EventTime readClock() noexcept {
 }  // namespace
 
 void binaryLevelsAre(std::uint32_t levels) noexcept {
-  binaryLevels.store(levels & Kel::TextTrace::kAllLevels, std::memory_order_relaxed);
+  levelsOfBinary.store(levels & Kel::TextTrace::kAllLevels, std::memory_order_relaxed);
+  refresh();
+}
+
+std::uint32_t binaryLevels() noexcept { return levelsOfBinary.load(std::memory_order_relaxed); }
+
+void measuringIs(bool on) noexcept {
+  measured.store(on, std::memory_order_relaxed);
   refresh();
 }
 
@@ -69,7 +79,8 @@ Lumo::TraceFile* ringFor(const Site& site) noexcept {
   return listens ? Lumo::defaultHandle() : nullptr;
 }
 
-[[gnu::noinline, gnu::cold]] OpenRecord openSlowly(const Site& site, std::size_t size) noexcept {
+[[gnu::noinline, gnu::cold]] OpenRecord openSlowly(const Site& site, std::size_t size,
+                                                   Place place) noexcept {
   if (openEvent.depth == 0) {
     openEvent.time = readClock();
   }
@@ -77,22 +88,23 @@ Lumo::TraceFile* ringFor(const Site& site) noexcept {
   if (ring == nullptr) {
     return {};
   }
-  return {ring->begin(site.id, size, openEvent.time.stamp, openEvent.time.seconds), ring};
+  return {ring->begin(site.id, size, openEvent.time.stamp, openEvent.time.seconds, place), ring};
 }
 
 }  // namespace
 
-OpenRecord openRecord(const Site& site, std::size_t size) noexcept {
+OpenRecord openRecord(const Site& site, std::size_t size, Place place) noexcept {
   if (openEvent.depth != 0) [[likely]] {
     if (Lumo::TraceFile* const ring = ringFor(site); ring != nullptr) [[likely]] {
       const EventTime& time = openEvent.time;
-      std::byte* const place = ring->tryBegin(site.id, size, time.stamp, time.seconds);
-      if (place != nullptr) [[likely]] {
-        return {place, ring};
+      std::byte* const record = ring->tryBegin(site.id, size, time.stamp, time.seconds, place);
+      if (record != nullptr) [[likely]] {
+        return {record, ring};
       }
     }
   }
-  return openSlowly(site, size);  // nothing else is called above, so that no register need be saved
+  return openSlowly(site, size,
+                    place);  // nothing else is called above, so that no register need be saved
 }
 
 void sendText(const Site& site, const std::string& message) {

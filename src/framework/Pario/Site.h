@@ -8,6 +8,7 @@
 
 #include "Kel/TextTrace.h"
 #include "Lumo/Site.h"
+#include "Pario/Scope.h"
 
 namespace Pario {
 
@@ -20,6 +21,7 @@ struct Line {
   unsigned level;        ///< 0 to 9
   const char* file;      ///< source file, with or without directories
   std::uint32_t line;
+  Place place = 0;  ///< to what the message belongs; no part of the site
 };
 
 namespace Impl {

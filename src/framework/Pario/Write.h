@@ -10,6 +10,7 @@
 #include "Pario/Event.h"
 #include "Pario/Listening.h"
 #include "Pario/Piece.h"
+#include "Pario/Scope.h"
 #include "Pario/Site.h"
 #include "Pario/SiteOf.h"
 
@@ -24,12 +25,13 @@ struct OpenRecord {
 
 /// Settles the time of a message, for both traces: that of the open event, or the present one. Then
 /// starts a record in the default ring, if the binary trace listens to the site's level.
-OpenRecord openRecord(const Site& site, std::size_t size) noexcept;
+OpenRecord openRecord(const Site& site, std::size_t size, Place place) noexcept;
 
 /// False when nothing was written because of a NUL inside a text.
 template <class... Pieces>
-[[gnu::always_inline]] inline bool writeBinary(const Site& site, const Pieces&... pieces) noexcept {
-  auto [at, ring] = openRecord(site, (std::size_t{0} + ... + recordedSize(pieces)));
+[[gnu::always_inline]] inline bool writeBinary(const Site& site, Place place,
+                                               const Pieces&... pieces) noexcept {
+  auto [at, ring] = openRecord(site, (std::size_t{0} + ... + recordedSize(pieces)), place);
   if (at == nullptr) {
     return true;
   }
@@ -45,9 +47,10 @@ template <class... Pieces>
 
 /// Writes the record anew with every NUL inside a text escaped.
 template <class... Pieces>
-[[gnu::noinline, gnu::cold]] void writeEscaped(const Site& site, const Pieces&... pieces) noexcept {
+[[gnu::noinline, gnu::cold]] void writeEscaped(const Site& site, Place place,
+                                               const Pieces&... pieces) noexcept {
   try {
-    writeBinary(site, withoutNul(pieces)...);
+    writeBinary(site, place, withoutNul(pieces)...);
   } catch (...) {  // NOLINT(bugprone-empty-catch)
     // Deliberate: without memory for the copy the record is lost; a handler must not notice.
   }
@@ -70,12 +73,15 @@ template <class... Pieces>
 /// `write` with its pieces as they are passed on.
 template <class... Pieces>
 [[gnu::noinline]] void writePieces(const Line& line, Pieces... pieces) noexcept {
+  if (!inScope(line.place, line.form)) {
+    return;
+  }
   const Site* const site = siteOf<std::remove_cvref_t<Pieces>...>(line, pieces...);
   if (site == nullptr) [[unlikely]] {
     return;
   }
-  if (!writeBinary(*site, pieces...)) [[unlikely]] {
-    writeEscaped<std::remove_cvref_t<Pieces>...>(*site, pieces...);
+  if (!writeBinary(*site, line.place, pieces...)) [[unlikely]] {
+    writeEscaped<std::remove_cvref_t<Pieces>...>(*site, line.place, pieces...);
   }
   if (site->text->listens(line.level)) [[unlikely]] {
     writeText<std::remove_cvref_t<Pieces>...>(*site, pieces...);
@@ -84,7 +90,8 @@ template <class... Pieces>
 
 }  // namespace Impl
 
-/// Writes one message to both traces, as far as they listen. To be called when `on(line.level)`.
+/// Writes one message to both traces, as far as they listen, if it is in their scope. To be called
+/// when `on(line.level)`.
 ///
 /// A piece that is a `const char` array is a literal: it belongs to the site and is written once
 /// per process, so an array that is not a literal must be passed as a std::string_view. Every other

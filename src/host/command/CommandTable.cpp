@@ -10,6 +10,7 @@
 #include "text/ExitCode.h"
 #include "text/Report.h"
 #include "text/Suggest.h"
+#include "tracing/TraceScope.h"
 #include "tracing/Tracing.h"
 
 namespace Host {
@@ -114,6 +115,11 @@ void CommandTable::addRunOptions(CLI::App& command) {
     parseTraceSize(text, options_.traceSize, why);
     return why;
   };
+  const auto subject = [this](const std::string& text) {
+    std::string why;
+    parseTraceSubject(text, options_.traceOnly, why);
+    return why;
+  };
   addOutputOptions(command);
   command.add_option("--trace", options_.trace, "write the text trace to this file; - is stderr")
       ->type_name("FILE");
@@ -127,6 +133,11 @@ void CommandTable::addRunOptions(CLI::App& command) {
   command.add_option("--trace-levels", "6 decisions, 7 exits, 8 entries (default: 0-9)")
       ->check(levels)
       ->type_name("LEVELS");
+  command
+      .add_option("--trace-only",
+                  "only lines of device=NAME,vrf=NAME,rule=PRIORITY,handler=NAME (any of them)")
+      ->check(subject)
+      ->type_name("WHAT");
 }
 
 void CommandTable::addTime(CLI::App& command, Kel::Seconds& time, const std::string& what) {

@@ -4,11 +4,12 @@
 #include "command/Commands.h"
 #include "command/HelpTexts.h"
 #include "tracing/ShowTrace.h"
+#include "tracing/TraceScope.h"
 
 namespace Host {
 namespace {
 
-void addFilters(CLI::App& command, TraceFilter& filter) {
+void addFilters(CLI::App& command, TraceFilter& filter, TraceSubject& subject) {
   const auto levels = [&filter](const std::string& text) {
     std::string why;
     Kel::TextTrace::parseLevels(text, filter.levels, why);
@@ -27,9 +28,14 @@ void addFilters(CLI::App& command, TraceFilter& filter) {
   command.add_option("--class", filter.classes, "only this class; may be repeated")
       ->allow_extra_args(false)
       ->type_name("NAME");
-  command.add_option("--handler", filter.handlers, "only this handler; may be repeated")
-      ->allow_extra_args(false)
+  command.add_option("--handler", subject.handler, "only this handler")->type_name("NAME");
+  command.add_option("--device", subject.device, "only what this device is about")
       ->type_name("NAME");
+  command.add_option("--vrf", subject.vrf, "only this VRF, by its name in version 1")
+      ->type_name("NAME");
+  command.add_option("--rule", subject.rule, "only the rule with this priority")
+      ->check(whyNoRule)
+      ->type_name("PRIORITY");
   command.add_option("--from", "not before this printed time")
       ->check(time(filter.from))
       ->type_name("T");
@@ -41,6 +47,7 @@ void addFilters(CLI::App& command, TraceFilter& filter) {
 
 void addTrace(CommandTable& table) {
   struct Asked : ShowTraceRequest {
+    TraceSubject subject;
     bool json = false;
     bool chrome = false;
     bool statistics = false;
@@ -54,12 +61,13 @@ void addTrace(CommandTable& table) {
                           ? (asked->json ? TraceForm::jsonStatistics : TraceForm::statistics)
                       : asked->json ? TraceForm::json
                                     : TraceForm::lines;
+        asked->filter.scope = scopeOf(asked->subject);
         return showTrace(*asked, options.color, console);
       });
   command.add_option("TRACE", asked->path, "the folder of --trace-file, or one segment in it")
       ->required()
       ->type_name("FILE");
-  addFilters(command, asked->filter);
+  addFilters(command, asked->filter, asked->subject);
   CLI::Option* const last =
       command.add_option("--last", asked->last, "only the last lines")->type_name("N");
   CLI::Option* const follow =

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Kel/TextTrace.h"
+#include "text/TraceSubject.h"
 
 namespace Host {
 
@@ -14,6 +15,7 @@ struct RunOptions {
   std::string traceFile;                          ///< folder of the binary trace; empty: none
   std::size_t traceSize = std::size_t{8} << 20U;  ///< of the binary trace, in bytes
   Kel::TextTrace::Levels traceLevels = Kel::TextTrace::kAllLevels;
+  TraceSubject traceOnly;  ///< of both traces
   bool progress = false;
   bool color = false;     ///< of messages
   bool outColor = false;  ///< of what is printed

@@ -18,7 +18,8 @@ bool TraceFilter::takes(const Lumo::Record& record, const TraceSite& site) const
   if (((levels >> site.site.level) & 1U) == 0 || record.seconds < from || record.seconds > to) {
     return false;
   }
-  if (!handlers.empty() && std::ranges::find(handlers, site.site.form) == handlers.end()) {
+  if ((record.subject & scope.mask) != scope.value ||
+      (!scope.handler.empty() && site.site.form != scope.handler)) {
     return false;
   }
   if (!classes.empty() && std::ranges::none_of(classes, [&](const std::string& wanted) {

@@ -6,6 +6,7 @@
 
 #include "Kel/TextTrace.h"
 #include "Lumo/Records.h"
+#include "Pario/Scope.h"
 #include "tracing/TraceMetadata.h"
 
 namespace Host {
@@ -13,8 +14,8 @@ namespace Host {
 /// Which records of a trace are wanted: those that fit every member that says anything.
 struct TraceFilter {
   Kel::TextTrace::Levels levels = Kel::TextTrace::kAllLevels;
-  std::vector<std::string> handlers;  ///< one of these: "handleVrf"
-  std::vector<std::string> classes;   ///< one of these, with or without the namespace
+  Pario::Scope scope;                ///< of device, VRF, rule and handler
+  std::vector<std::string> classes;  ///< one of these, with or without the namespace
   Kel::Seconds from = -std::numeric_limits<Kel::Seconds>::infinity();  ///< printed times
   Kel::Seconds to = std::numeric_limits<Kel::Seconds>::infinity();
   std::string text;  ///< part of the line

@@ -1,12 +1,12 @@
 #include "tracing/Tracing.h"
 
-#include <algorithm>
 #include <charconv>
 #include <fstream>
 
 #include "Pario/Listening.h"
 #include "text/ByteSink.h"
 #include "text/Concat.h"
+#include "tracing/TraceScope.h"
 
 namespace Host {
 namespace {
@@ -27,6 +27,7 @@ Tracing::Tracing(const RunOptions& options)
   if (!options.trace.empty()) {
     openText(options);
   }
+  Pario::scopeIs(scopeOf(options.traceOnly));
 }
 
 void Tracing::openText(const RunOptions& options) {
@@ -55,9 +56,23 @@ void Tracing::openRing(const RunOptions& options) {
   ringBefore_ = Lumo::defaultHandleIs(ring_.get());
 }
 
+Kel::TextTrace::Levels Tracing::levels() const {
+  return ring_ != nullptr ? Pario::binaryLevels() : facility_.levels();
+}
+
+void Tracing::levelsAre(Kel::TextTrace::Levels levels) {
+  if (ring_ != nullptr) {
+    Pario::binaryLevelsAre(levels);
+  }
+  if (ring_ == nullptr || sinkBefore_ != nullptr) {
+    facility_.levelsAre(levels);
+  }
+}
+
 Tracing::~Tracing() {
+  Pario::scopeIs({});
+  facility_.levelsAre(levelsBefore_);
   if (sinkBefore_ != nullptr) {
-    facility_.levelsAre(levelsBefore_);
     Kel::TextTrace::sinkIs(std::move(sinkBefore_));
   }
   if (ring_ != nullptr) {

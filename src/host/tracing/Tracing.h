@@ -10,7 +10,8 @@
 namespace Host {
 
 /// The traces of the library as the options of a run ask for them, as long as this lives: the text
-/// trace, the binary trace, both with the same lines, or none.
+/// trace, the binary trace, both with the same lines, or none. Made in the thread of the event
+/// loop.
 class Tracing {
  public:
   /// The file of the text trace is replaced; a binary trace that lies in its folder is moved aside
@@ -19,6 +20,10 @@ class Tracing {
   ~Tracing();
   Tracing(const Tracing&) = delete;
   Tracing& operator=(const Tracing&) = delete;
+
+  /// Of the traces that were asked for; of the text trace, on standard error, if none was.
+  Kel::TextTrace::Levels levels() const;
+  void levelsAre(Kel::TextTrace::Levels levels);
 
  private:
   void openText(const RunOptions& options);

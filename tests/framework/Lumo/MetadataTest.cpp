@@ -133,7 +133,7 @@ TEST(Metadata, IsUnderstoodByTheReaderOfTheField) {
   EXPECT_EQ(
       reading.lines[0],
       "[1.000000000] void A::handleX(const String&) Rule priority: %s%s policy: "
-      "%s policy: %s on %s at %s event %s plain %s %%\"\\ %s: { seconds = 1.5 }, "
+      "%s policy: %s on %s at %s event %s plain %s %%\"\\ %s: { seconds = 1.5, subject = 0 }, "
       "{ Rule_priority = 20000, value = 200, policy = \"web\", policy_2 = -5, on = ( \"true\" : "
       "container = 1 ), at = 12.5, event = ( \"redirect\" : container = 2 ), plain = 513, "
       "value_2 = [ [0] = 4, [1] = 10, [2] = 1, [3] = 0, [4] = 0, [5] = 0, [6] = 0, [7] = 0, "

@@ -77,13 +77,13 @@ TEST(Records, AContentSizeThatCannotBeIsReported) {
 
 TEST(Records, AnUnknownSiteEndsItsSegment) {
   Spoiled ring;
-  ring.set(kFirst + 24, std::uint32_t{0xfffffff0});
+  ring.set(kFirst + 32, std::uint32_t{0xfffffff0});
   EXPECT_EQ(ring.read(), std::pair(1, false));
 }
 
 TEST(Records, ARecordThatEndsBehindTheContentEndsItsSegment) {
   Spoiled ring;
-  ring.set(kContent, std::uint64_t{(kFirst + 60) * 8});
+  ring.set(kContent, std::uint64_t{(kFirst + 2 * 32 + 20) * 8});
   EXPECT_EQ(ring.read(), std::pair(2, false));
 }
 

@@ -31,8 +31,8 @@ std::vector<std::uint32_t> upTo(std::uint32_t first, std::uint32_t last) {
   return numbers;
 }
 
-// 4096 bytes hold a header of 80 and 167 records of 24.
-constexpr std::uint32_t kPerSegment = 167;
+// 4096 bytes hold a header of 80 and 125 records of 32.
+constexpr std::uint32_t kPerSegment = 125;
 
 TEST(TraceFile, AnUnusedRingIsReadAsAnEmptyTrace) {
   const Folder folder("unused");
@@ -52,7 +52,7 @@ TEST(TraceFile, ARecordIsReadWhileTheWriterLives) {
   EXPECT_EQ(reading.errors, "");
   ASSERT_EQ(reading.lines.size(), 1U);
   EXPECT_EQ(reading.lines[0],
-            "[2.500000000] void Space::Class::f() number: %s: { seconds = 2.5 }, "
+            "[2.500000000] void Space::Class::f() number: %s: { seconds = 2.5, subject = 0 }, "
             "{ number = 7 }");
 }
 
@@ -116,7 +116,7 @@ TEST(TraceFile, ThePrintedTimeIsKeptAsItIs) {
 
 TEST(TraceFile, ARecordLargerThanASegmentIsDroppedAndCounted) {
   const auto ring = memoryRing();
-  constexpr std::size_t kLargest = 4096 - 80 - 20;
+  constexpr std::size_t kLargest = 4096 - 80 - 28;
   EXPECT_EQ(ring->begin(numberSite().id, kLargest + 1, 1, 0), nullptr);
   EXPECT_EQ(ring->discarded(), 1U);
   EXPECT_NE(ring->begin(numberSite().id, kLargest, 1, 0), nullptr);
