@@ -78,7 +78,7 @@ std::vector<HandlerTimes::Entry> HandlerTimes::all() {
   std::vector<Entry> entries;
   for (const auto& [key, sum] : byText) {
     entries.push_back(
-        {key.first, key.second, sum.calls, static_cast<Kel::Seconds>(sum.nanoseconds) * 1e-9});
+        {key.first, key.second, sum.calls, static_cast<Kel::Seconds>(sum.nanoseconds) / 1e9});
   }
   return entries;
 }

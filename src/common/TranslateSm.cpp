@@ -1,5 +1,6 @@
 #include "common/TranslateSm.h"
 
+#include <algorithm>
 #include <deque>
 #include <exception>
 #include <unordered_map>
@@ -15,6 +16,8 @@ std::unordered_map<const TranslateSm*, Calls>& postponedCalls() {
   static auto* const calls = new std::unordered_map<const TranslateSm*, Calls>;
   return *calls;
 }
+
+constinit TranslateSm::Postponed counted;
 
 /// The next call postponed for `sm`; empty when there is none.
 std::function<void()> nextPostponed(const TranslateSm* sm) {
@@ -32,6 +35,8 @@ std::function<void()> nextPostponed(const TranslateSm* sm) {
 
 }  // namespace
 
+const TranslateSm::Postponed& TranslateSm::postponed() noexcept { return counted; }
+
 TranslateSm::~TranslateSm() { dropPostponed(); }
 
 void TranslateSm::dropPostponed() noexcept {
@@ -45,7 +50,10 @@ void TranslateSm::postpone(std::function<void()> call) {
     return;
   }
   attention_ = true;  // first: a call that finds no memory may leave an empty list behind
-  postponedCalls()[this].push_back(std::move(call));
+  Calls& calls = postponedCalls()[this];
+  calls.push_back(std::move(call));
+  ++counted.calls;
+  counted.atOnce = std::max(counted.atOnce, calls.size());
 }
 
 void TranslateSm::retire() noexcept {

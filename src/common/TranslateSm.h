@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <tuple>
@@ -58,6 +59,12 @@ class TranslateSm : public Kel::PtrInterface {
 
   /// Keeps `call` until the machine is done; dropped when the machine has come to its end.
   void postpone(std::function<void()> call);
+  /// What was postponed since the start of the process.
+  struct Postponed {
+    std::uint64_t calls = 0;
+    std::size_t atOnce = 0;  ///< for one machine, at most
+  };
+  static const Postponed& postponed() noexcept;
 
   /// Makes a machine of type Sm and switches its notifications on; what every creator does.
   template <class Sm, class... Args>

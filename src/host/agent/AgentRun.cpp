@@ -80,7 +80,8 @@ void AgentRun::start() {
   }
   signals_.follow(loop_);
   clients_.emplace(*listener_, loop_);
-  service_.emplace(*engine_, *clients_, documents_, loop_);
+  service_.emplace(*engine_, *clients_, documents_, loop_,
+                   TraceSettings(*trace_, options_.traceOnly));
   if (request_.watch) {
     watch();
   }

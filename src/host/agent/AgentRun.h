@@ -7,6 +7,7 @@
 #include "agent/Listener.h"
 #include "agent/Service.h"
 #include "agent/Signals.h"
+#include "session/HandlerStatistics.h"
 #include "state/Recording.h"
 #include "state/StateFolder.h"
 #include "text/OutputFile.h"
@@ -52,6 +53,7 @@ class AgentRun {
   std::optional<std::string> notOnDisk_;
   std::optional<Recording> recording_;
   std::optional<Tracing> trace_;
+  const HandlerMeasurement measurement_;
   std::optional<Engine> engine_;
   Loop loop_;
   std::optional<Clients> clients_;

@@ -8,6 +8,7 @@
 #include "data/TreeWriter.h"
 #include "explain/Explainer.h"
 #include "session/Answers.h"
+#include "session/HandlerStatistics.h"
 #include "text/Concat.h"
 #include "text/Report.h"
 
@@ -92,6 +93,8 @@ void Service::request(Client& from, std::size_t number, const Request& request) 
     case Request::Kind::stats:
       statistics(reply.json());
       break;
+    case Request::Kind::trace:
+      return trace(reply, request);
     case Request::Kind::stop:
       reply.json().name("stopping");
       reply.json().boolean(true);
@@ -120,12 +123,23 @@ void Service::show(Reply& reply, const Request& request) {
   json.closeObject();
 }
 
+void Service::trace(Reply& reply, const Request& request) {
+  const std::string why =
+      trace_.change({request.levels, request.device, request.vrf, request.rule, request.handler});
+  if (!why.empty()) {
+    return reply.error(why);
+  }
+  trace_.write(reply.json());
+  reply.end();
+}
+
 void Service::statistics(JsonWriter& json) {
   using std::chrono::seconds;
   const auto up = std::chrono::steady_clock::now() - started_;
   json.name("stats");
   json.openObject();
   writeStatisticsMembers(json, engine_.session().statistics());
+  writeHandlerStatistics(json);
   json.name("uptime");
   json.number(static_cast<std::uint64_t>(std::chrono::duration_cast<seconds>(up).count()));
   json.name("clients");

@@ -11,16 +11,19 @@
 #include "change/ChangeReader.h"
 #include "protocol/RequestReader.h"
 #include "text/Reply.h"
+#include "tracing/TraceSettings.h"
 
 namespace Host {
 
 /// Answers the lines of the control socket: change lines, and requests.
 class Service : public Answerer {
  public:
-  Service(Engine& engine, const Clients& clients, Documents& documents, Loop& loop)
+  Service(Engine& engine, const Clients& clients, Documents& documents, Loop& loop,
+          TraceSettings trace)
       : engine_(engine),
         clients_(clients),
         documents_(documents),
+        trace_(std::move(trace)),
         waits_(engine),
         watches_(engine.trees()),
         trials_(engine, loop) {}
@@ -54,11 +57,13 @@ class Service : public Answerer {
   void show(Reply& reply, const Request& request);
   void statistics(JsonWriter& json);
   void reload(Client& from, std::size_t number);
+  void trace(Reply& reply, const Request& request);
 
   Engine& engine_;
   const Clients& clients_;
   Documents& documents_;
   Acknowledgements acknowledgements_;
+  TraceSettings trace_;
   Waits waits_;
   Watches watches_;
   Trials trials_;

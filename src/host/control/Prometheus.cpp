@@ -33,21 +33,32 @@ constexpr std::array kSingle{
            "Bytes read from clients and not handled yet."},
     Metric{"waiting-output", "vpm_waiting_output_bytes",
            "Bytes for clients that have not read them yet."},
+    Metric{"postponed", "vpm_postponed_total",
+           "Changes that had to wait for a handler at work before they were looked at."},
+    Metric{"postponed-at-once", "vpm_postponed_at_once",
+           "How many changes at most have waited for one state machine."},
     Metric{"resident", "vpm_resident_bytes", "Memory of the agent that is in RAM."},
 };
 
 /// Counts of many things of one kind, told apart by a label.
 struct Family {
   std::string_view member;
-  std::string_view label;
+  std::array<std::string_view, 2> labels;  ///< one may be empty
   std::array<Metric, 2> metrics;
 };
 
 constexpr Family kTypes{
     "types",
-    "type",
+    {"type", ""},
     {{{"objects", "vpm_objects", "Objects that exist, by type."},
       {"bytes", "vpm_object_bytes", "Bytes of the objects that exist, by type."}}}};
+
+constexpr Family kHandlers{
+    "handlers",
+    {"class", "handler"},
+    {{{"calls", "vpm_handler_calls_total", "Runs of handlers of the library."},
+      {"seconds", "vpm_handler_seconds_total",
+       "Time that they took, without that of handlers that ran inside."}}}};
 
 std::string labelText(std::string_view text) {
   std::string escaped;
@@ -79,15 +90,29 @@ void appendSingle(std::string& out, std::string_view member, const element& valu
   out += concat({name, " ", simdjson::minify(value), "\n"});
 }
 
+std::string valueIn(const object& members, std::string_view name) {
+  element value;
+  return members[name].get(value) == simdjson::SUCCESS ? simdjson::minify(value) : "0";
+}
+
 void appendFamily(std::string& out, const Family& family, const object& stats) {
   const auto entries = arrayIn(stats, family.member);
+  if (entries.size() == 0) {
+    return;
+  }
   for (const Metric& metric : family.metrics) {
     appendHead(out, metric, typeOf(metric));
     for (const element entry : entries) {
       const object members = entry.get_object();
-      out +=
-          concat({metric.name, "{", family.label, "=\"", labelText(textIn(members, family.label)),
-                  "\"} ", std::to_string(numberIn(members, metric.member)), "\n"});
+      out += metric.name;
+      std::string_view before = "{";
+      for (const std::string_view label : family.labels) {
+        if (!label.empty()) {
+          out += concat({before, label, "=\"", labelText(textIn(members, label)), "\""});
+          before = ",";
+        }
+      }
+      out += concat({"} ", valueIn(members, metric.member), "\n"});
     }
   }
 }
@@ -102,6 +127,7 @@ std::string prometheusText(const object& stats) {
     }
   }
   appendFamily(out, kTypes, stats);
+  appendFamily(out, kHandlers, stats);
   return out;
 }
 

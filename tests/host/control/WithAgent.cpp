@@ -70,6 +70,10 @@ TEST_F(WithAgent, StatsHasAMetricForEachOfItsCounts) {
   const Outcome outcome = ctl({"stats", "--prometheus"});
   EXPECT_EQ(outcome.exitCode, 0);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("\nvpm_clients "), Not(HasSubstr("untyped"))));
+  EXPECT_THAT(
+      outcome.out,
+      HasSubstr("\nvpm_handler_calls_total{class=\"VelaPolicyMonitor::PolicyTranslateRootSm\","
+                "handler=\"handleInitialized()\"} 1\n"));
 }
 
 TEST_F(WithAgent, StopEndsIt) {
