@@ -2,6 +2,7 @@
 # usage: readme_test.sh SOURCE_DIR VPM
 # Holds the README against the project. In its console blocks a line "$ COMMAND" is run, and the
 # lines below it are what the command prints, where a line "..." stands for any number of lines.
+# A command that ends with & goes on to run, and is waited for until it listens on its socket.
 # A command of ./dev takes minutes and would run this test again, so that for these it is only
 # checked that ./dev has them. The lines of the C++ block stand in examples/agent.cpp.
 set -euo pipefail
@@ -11,6 +12,9 @@ vpm=$2
 cd "$source"
 failures=0
 commands=0
+started=
+folder=$(mktemp -d)
+trap '[[ -z $started ]] || kill "$started" 2>/dev/null || true; rm -rf "$folder"' EXIT
 
 fail() {
   printf 'FAILED: %s\n' "$*"
@@ -38,6 +42,19 @@ check() {
     return
   fi
   command=${command//build\/release\/bin\/vpm/$vpm}
+  command=${command//build\/lab.sock/$folder/lab.sock}
+  expected=${expected//build\/lab.sock/$folder/lab.sock}
+  if [[ $command == *' &' ]]; then
+    bash -c "exec ${command% &}" >"$folder/background" 2>&1 &
+    started=$!
+    for _ in {1..100}; do
+      [[ ! -S $folder/lab.sock ]] || ! grep -q listening "$folder/background" || break
+      sleep 0.1
+    done
+    printed=$(<"$folder/background")
+    matches "$printed" "$expected" || fail "it printed: $printed"
+    return
+  fi
   printed=$(bash -c "$command" 2>&1) || status=$?
   ((status == 0)) || fail "exit code $status: $printed"
   matches "$printed" "$expected" || fail "it printed:
