@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "host/Schema.h"
+#include "data/Schema.h"
 
 namespace {
 
