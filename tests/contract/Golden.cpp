@@ -56,7 +56,7 @@ std::string diff(const std::vector<std::string>& old, const std::vector<std::str
 }  // namespace
 
 void expectGolden(const std::string& name, const std::string& printed) {
-  const auto path = std::filesystem::path(__FILE__).parent_path() / name;
+  const auto path = std::filesystem::path(VELA_GOLDEN_FOLDER) / name;
   if (std::getenv("VELA_REGENERATE_GOLDEN") != nullptr) {
     std::ofstream(path) << printed;
     return;
