@@ -6,7 +6,8 @@
 
 namespace Host {
 
-Signals::Signals() : pipeBefore_(std::signal(SIGPIPE, SIG_IGN)) {
+Signals::Signals()
+    : pipeBefore_(std::signal(SIGPIPE, SIG_IGN)), sizeBefore_(std::signal(SIGXFSZ, SIG_IGN)) {
   sigset_t ours{};
   sigemptyset(&ours);
   for (const int each : {SIGTERM, SIGINT, SIGHUP}) {
@@ -22,6 +23,7 @@ Signals::Signals() : pipeBefore_(std::signal(SIGPIPE, SIG_IGN)) {
 Signals::~Signals() {
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
   std::signal(SIGPIPE, pipeBefore_);
+  std::signal(SIGXFSZ, sizeBefore_);
 }
 
 void Signals::follow(Loop& loop) { loop.add(descriptor_.number(), EPOLLIN, *this); }

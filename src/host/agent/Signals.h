@@ -8,7 +8,7 @@ namespace Host {
 
 /// The signals that are meant for the agent, as events of the loop. As long as this lives they do
 /// nothing else; a signal that came before the loop turned is not lost. A write to what nobody
-/// reads any more is an error of the write and nothing else.
+/// reads any more, or to a file that may not grow, is an error of the write and nothing else.
 ///
 /// To be made before there are other threads, which would get the signals.
 class Signals : public Loop::Source {
@@ -27,6 +27,7 @@ class Signals : public Loop::Source {
  private:
   sigset_t before_{};
   void (*pipeBefore_)(int) = nullptr;
+  void (*sizeBefore_)(int) = nullptr;
   Descriptor descriptor_;
   const char* stop_ = nullptr;
   bool reload_ = false;

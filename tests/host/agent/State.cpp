@@ -87,7 +87,6 @@ TEST_F(AgentState, RefusesWhatItCannotWriteDownAndGoesOn) {
   constexpr rlim_t kLargestFile = 16'000;
   TestClient client = startWithState([] {
                         const rlimit small{kLargestFile, kLargestFile};
-                        std::signal(SIGXFSZ, SIG_IGN);
                         ::setrlimit(RLIMIT_FSIZE, &small);
                       }).client();
   std::string last;
