@@ -36,7 +36,7 @@ class DenseTable {
           std::find_if(begin(), end(), [&](const Slot& slot) { return KeyOf{}(slot) == key; });
       return found == end() ? nullptr : found;
     }
-    const std::uint32_t* const word = wordOf(key);
+    const std::uint32_t* const word = wordOf(key.hash(), key);
     return *word == kNone ? nullptr : slots() + (*word & mask());
   }
 
@@ -54,19 +54,27 @@ class DenseTable {
 
   template <class Key>
   bool erase(const Key& key) {
-    Slot* const slot = find(key);
+    if (block_ == nullptr) {
+      return false;
+    }
+    Slot* slot = nullptr;
+    const std::uint32_t last = block_->size - 1;
+    if (block_->capacity <= kUnindexed) {
+      slot = find(key);
+    } else if (std::uint32_t* const word = wordOf(key.hash(), key); *word != kNone) {
+      const std::uint32_t position = *word & mask();
+      slot = slots() + position;
+      close(word);
+      if (position != last) {
+        std::uint32_t* const moved = wordOfPosition(KeyOf{}(slots()[last]).hash(), last);
+        *moved = (*moved & ~mask()) | position;
+      }
+    }
     if (slot == nullptr) {
       return false;
     }
-    const std::uint32_t last = --block_->size;
-    if (block_->capacity > kUnindexed) {
-      close(wordOf(key));
-      if (slot != slots() + last) {
-        std::uint32_t* const moved = wordOf(KeyOf{}(slots()[last]));
-        *moved = (*moved & ~mask()) | static_cast<std::uint32_t>(slot - slots());
-      }
-    }
     *slot = slots()[last];
+    block_->size = last;
     return true;
   }
 
@@ -110,11 +118,15 @@ class DenseTable {
                                    indexBytes(block_->capacity));
   }
 
+  /// The first word where this hash may be: the highest bits, so that a word tells its home.
+  std::uint32_t home(std::uint32_t hash) const {
+    return hash >> static_cast<unsigned>(std::countl_zero(mask()));
+  }
   /// The word of the key, or the free one where it would be.
   template <class Key>
-  std::uint32_t* wordOf(const Key& key) const {
-    const std::uint32_t low = mask(), hash = key.hash();
-    for (std::uint32_t at = hash & low;; at = (at + 1) & low) {
+  std::uint32_t* wordOf(std::uint32_t hash, const Key& key) const {
+    const std::uint32_t low = mask();
+    for (std::uint32_t at = home(hash);; at = (at + 1) & low) {
       std::uint32_t* const word = words() + at;
       if (*word == kNone ||
           (((*word ^ hash) & ~low) == 0 && KeyOf{}(slots()[*word & low]) == key)) {
@@ -122,9 +134,16 @@ class DenseTable {
       }
     }
   }
+  std::uint32_t* wordOfPosition(std::uint32_t hash, std::uint32_t position) const {
+    std::uint32_t at = home(hash);
+    while ((words()[at] & mask()) != position || words()[at] == kNone) {
+      at = (at + 1) & mask();
+    }
+    return words() + at;
+  }
   void enter(std::uint32_t position) const {
     const std::uint32_t low = mask(), hash = KeyOf{}(slots()[position]).hash();
-    std::uint32_t at = hash & low;
+    std::uint32_t at = home(hash);
     while (words()[at] != kNone) {
       at = (at + 1) & low;
     }
@@ -133,10 +152,12 @@ class DenseTable {
   /// Frees a word, and moves up those behind it that would not be found any more.
   void close(std::uint32_t* word) const {
     const std::uint32_t low = mask();
+    const bool tellsHome = low < 0x10000;
     auto hole = static_cast<std::uint32_t>(word - words());
     for (std::uint32_t at = (hole + 1) & low; words()[at] != kNone; at = (at + 1) & low) {
-      const std::uint32_t home = KeyOf{}(slots()[words()[at] & low]).hash() & low;
-      if (((at - home) & low) >= ((at - hole) & low)) {
+      const std::uint32_t begin =
+          home(tellsHome ? words()[at] : KeyOf{}(slots()[words()[at] & low]).hash());
+      if (((at - begin) & low) >= ((at - hole) & low)) {
         words()[hole] = words()[at];
         hole = at;
       }
