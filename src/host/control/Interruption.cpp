@@ -13,9 +13,9 @@ Interruption::Interruption() {
 }
 
 Interruption::~Interruption() {
-  // What has come is taken, or it would end the program as soon as the signals may again.
   signalfd_siginfo taken{};
-  while (::read(descriptor_.number(), &taken, sizeof taken) > 0) {
+  if (::read(descriptor_.number(), &taken, sizeof taken) > 0) {
+    return;  // the program is on its way out: a second signal would only make its end look bad
   }
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }

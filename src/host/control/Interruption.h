@@ -6,7 +6,8 @@
 
 namespace Host {
 
-/// While it lives, SIGINT and SIGTERM do not end the program: they make a descriptor readable.
+/// While it lives, SIGINT and SIGTERM do not end the program: they make a descriptor readable. Once
+/// one has come, none ends it any more: whoever looks at the descriptor does.
 class Interruption {
  public:
   Interruption();

@@ -177,16 +177,18 @@ TEST_F(AgentClients, ThatAreTooManyAreServedWhenOthersHaveLeft) {
   });
   std::vector<TestClient> clients;
   clients.push_back(agent_->client());
+  // Once before there are too many: the sanitizers need a descriptor to check a type they meet.
+  EXPECT_EQ(clients.front().ask("{}"), R"({"line":1})");
   while (clients.size() < kClients) {
     clients.emplace_back(agent_->socket());
   }
-  EXPECT_EQ(clients.front().ask("{}"), R"({"line":1})");
+  EXPECT_EQ(clients.front().ask("{}"), R"({"line":2})");
   clients.back().send("{}\n");
   ASSERT_TRUE(clients.back().isConnected());
   clients.erase(clients.begin() + 1, clients.end());
   TestClient late(agent_->socket());
   EXPECT_EQ(late.ask("{}"), R"({"line":1})");
-  EXPECT_EQ(clients.front().ask("{}"), R"({"line":2})");
+  EXPECT_EQ(clients.front().ask("{}"), R"({"line":3})");
 }
 
 TEST_F(AgentClients, GetTheAnswersThatAreDueWhenTheAgentStops) {

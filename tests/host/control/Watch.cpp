@@ -75,11 +75,17 @@ TEST_F(Watch, PrintsJsonLinesAsTheyCome) {
               ElementsAre(R"({"request":"watch","path":"/vela-l3v2:policy-source"})"));
 }
 
-TEST_F(Watch, LeavesSignalsAsTheyWere) {
+TEST_F(Watch, IsNotEndedByASecondSignal) {
   agent_.ctl({"watch"});
-  sigset_t blocked;
-  ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-  EXPECT_EQ(::sigismember(&blocked, SIGINT), 0);
+  ::raise(SIGINT);  // which would end this process
+  sigset_t signals;
+  ::sigemptyset(&signals);
+  ::sigaddset(&signals, SIGINT);
+  ::sigaddset(&signals, SIGTERM);
+  int taken = 0;
+  EXPECT_EQ(::sigwait(&signals, &taken), 0);
+  EXPECT_EQ(taken, SIGINT);
+  ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);  // as the tests that follow expect
 }
 
 TEST(WatchedAgent, ThatGoesIsAFailure) {
