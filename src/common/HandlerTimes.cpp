@@ -4,8 +4,6 @@
 #include <map>
 #include <utility>
 
-#include "Pario/Listening.h"
-
 namespace VelaPolicyMonitor {
 namespace {
 
@@ -23,7 +21,18 @@ Sums& sums() {
   return *only;
 }
 
-constinit thread_local HandlerTimes::Run* innermost = nullptr;
+struct Run {
+  const char* scope;
+  const char* form;
+  std::uint64_t begin;
+  std::uint64_t inside;  // nanoseconds in runs inside of this one
+};
+
+// Those that have begun and not ended, the innermost last.
+std::vector<Run>& runs() {
+  static thread_local std::vector<Run> all;
+  return all;
+}
 
 std::uint64_t now() noexcept {
   const auto since = std::chrono::steady_clock::now().time_since_epoch();
@@ -39,30 +48,26 @@ std::string_view classOf(std::string_view scope) {
 
 }  // namespace
 
-void HandlerTimes::Run::begin(const char* scope, const char* form) noexcept {
-  form_ = nullptr;
-  if (Pario::measuring()) {
-    scope_ = scope;
-    form_ = form;
-    outer_ = std::exchange(innermost, this);
-    inside_ = 0;
-    begin_ = now();
+bool HandlerTimes::begin(const char* scope, const char* form) noexcept {
+  try {
+    runs().push_back({scope, form, now(), 0});
+    return true;
+  } catch (...) {  // Deliberate: without memory the run is not measured; a handler must not notice.
+    return false;
   }
 }
 
-void HandlerTimes::Run::end() noexcept {
-  if (form_ == nullptr) {
-    return;
-  }
-  const std::uint64_t lasted = now() - begin_;
-  innermost = outer_;
-  if (outer_ != nullptr) {
-    outer_->inside_ += lasted;
+void HandlerTimes::end() noexcept {
+  const Run run = runs().back();
+  runs().pop_back();
+  const std::uint64_t lasted = now() - run.begin;
+  if (!runs().empty()) {
+    runs().back().inside += lasted;
   }
   try {
-    Sum& sum = sums()[{scope_, form_}];
+    Sum& sum = sums()[{run.scope, run.form}];
     ++sum.calls;
-    sum.nanoseconds += lasted - inside_;
+    sum.nanoseconds += lasted - run.inside;
   } catch (...) {  // NOLINT(bugprone-empty-catch)
     // Deliberate: without memory the run is not counted; a handler must not notice.
   }

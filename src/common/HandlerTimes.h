@@ -24,20 +24,14 @@ class HandlerTimes {
   /// Begins anew.
   static void forget() noexcept;
 
-  /// One run of a handler. Deliberate: nothing is set before `begin`, so that a run that nobody
-  /// measures costs nothing. Runs end in the reverse order of their beginnings.
-  class Run {
-   public:
-    void begin(const char* scope, const char* form) noexcept;
-    void end() noexcept;
-
-   private:
-    const char* scope_;
-    const char* form_;  // null: it is not measured
-    Run* outer_;
-    std::uint64_t begin_;
-    std::uint64_t inside_;  // nanoseconds in runs inside of this one
-  };
+  /// A run of a handler begins, inside of those that have begun and not ended. False when there is
+  /// no memory to measure it; otherwise exactly one `end` follows.
+  ///
+  /// Deliberate: what is known of a run does not lie in the object that stands for it on the stack.
+  /// Its address would be handed out, and with it all of that object would have to be in memory,
+  /// which costs every handler a dozen stores whether it is measured or not.
+  static bool begin(const char* scope, const char* form) noexcept;
+  static void end() noexcept;
 };
 
 }  // namespace VelaPolicyMonitor

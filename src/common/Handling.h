@@ -44,15 +44,17 @@ struct Lead {
 /// While the run-time of handlers is measured (Pario::measuringIs), so is this one.
 class Handling {
  public:
+  // Inline, so that what it holds lies in registers, and nowhere as long as nobody listens.
   template <class Sm>
-  Handling(Sm& sm, const TraceScope& scope, const char* form) noexcept
+  [[gnu::always_inline]] Handling(Sm& sm, const TraceScope& scope, const char* form) noexcept
       : busy_(sm), scope_(scope), form_(form), place_(sm.tracePlace()) {
-    if (event_.isOpen()) {
-      time_.begin(scope.scope, form);
+    if (event_.isOpen() && Pario::measuring()) [[unlikely]] {
+      measured_ = HandlerTimes::begin(scope.scope, form);
     }
   }
   template <class Sm, class Part>
-  Handling(Sm& sm, const TraceScope& scope, const char* form, const Part& part) noexcept
+  [[gnu::always_inline]] Handling(Sm& sm, const TraceScope& scope, const char* form,
+                                  const Part& part) noexcept
       : Handling(sm, scope, form) {
     if (event_.isOpen()) {
       part_ = part.bits();
@@ -61,9 +63,9 @@ class Handling {
 
   Handling(const Handling&) = delete;
   Handling& operator=(const Handling&) = delete;
-  ~Handling() noexcept(false) {
-    if (event_.isOpen()) {
-      time_.end();
+  [[gnu::always_inline]] ~Handling() noexcept(false) {
+    if (event_.isOpen() && measured_) [[unlikely]] {
+      HandlerTimes::end();
     }
   }
 
@@ -109,7 +111,7 @@ class Handling {
   const char* form_;
   const TracePlace& place_;
   Pario::Place part_ = 0;
-  HandlerTimes::Run time_;
+  bool measured_ = false;
 };
 
 }  // namespace VelaPolicyMonitor

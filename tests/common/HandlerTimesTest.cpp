@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <optional>
 #include <thread>
 
 #include "Pario/Listening.h"
 #include "common/HandlerTimes.h"
+#include "common/Handling.h"
 
 namespace VelaPolicyMonitor {
 namespace {
@@ -29,10 +32,9 @@ void sleepFor(int milliseconds) {
 TEST(HandlerTimes, CountAndTimeTheRunsOfAHandler) {
   const Measured measured;
   for (int i = 0; i < 3; ++i) {
-    HandlerTimes::Run run;
-    run.begin(kScope, "f(int)");
+    ASSERT_TRUE(HandlerTimes::begin(kScope, "f(int)"));
     sleepFor(2);
-    run.end();
+    HandlerTimes::end();
   }
   const auto all = HandlerTimes::all();
   ASSERT_EQ(all.size(), 1U);
@@ -44,15 +46,13 @@ TEST(HandlerTimes, CountAndTimeTheRunsOfAHandler) {
 
 TEST(HandlerTimes, ARunInsideAnotherIsNoPartOfItsTime) {
   const Measured measured;
-  HandlerTimes::Run outer;
-  outer.begin(kScope, "outer()");
+  ASSERT_TRUE(HandlerTimes::begin(kScope, "outer()"));
   for (int i = 0; i < 2; ++i) {
-    HandlerTimes::Run inner;
-    inner.begin(kScope, "inner()");
+    ASSERT_TRUE(HandlerTimes::begin(kScope, "inner()"));
     sleepFor(20);
-    inner.end();
+    HandlerTimes::end();
   }
-  outer.end();
+  HandlerTimes::end();
   const auto all = HandlerTimes::all();
   ASSERT_EQ(all.size(), 2U);
   EXPECT_EQ(all[0].form, "inner()");
@@ -60,17 +60,24 @@ TEST(HandlerTimes, ARunInsideAnotherIsNoPartOfItsTime) {
   EXPECT_LT(all[1].seconds, 0.02);
 }
 
-TEST(HandlerTimes, ARunCountsAsMeasuredWhenItBeganWhileTheyWereOn) {
+TEST(HandlerTimes, AHandlerIsMeasuredWhenItBeganWhileThatWasOn) {
   HandlerTimes::forget();
-  HandlerTimes::Run before;
-  before.begin(kScope, "before()");
-  HandlerTimes::Run within;
+  struct Machine : TranslateSm {
+    const TracePlace& tracePlace() const { return place; }
+    Kel::FwkType fwkType() const noexcept override { return {}; }
+    void tearDown() noexcept override {}
+    TracePlace place;
+  };
+  static constexpr TraceScope kTrace{kScope, "return"};
+  const Brix::Ptr<Machine> machine(new Machine, Brix::adopt);
+  std::optional<Handling> before(std::in_place, *machine, kTrace, "before()");
+  std::optional<Handling> within;
   {
     const Measured measured;
-    before.end();
-    within.begin(kScope, "within()");
+    before.reset();
+    within.emplace(*machine, kTrace, "within()");
   }
-  within.end();
+  within.reset();
   const auto all = HandlerTimes::all();
   ASSERT_EQ(all.size(), 1U);
   EXPECT_EQ(all[0].form, "within()");

@@ -14,6 +14,7 @@ void scopeIs(const Scope& scope) {
                       std::memory_order_release);
   words.mask.store(scope.mask, std::memory_order_relaxed);
   words.value.store(scope.value, std::memory_order_relaxed);
+  words.narrows.store(scope.mask != 0 || !scope.handler.empty(), std::memory_order_relaxed);
 }
 
 Scope scope() {
