@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 #include <thread>
+#include <tuple>
 
 #include "Pario/Listening.h"
 #include "common/HandlerTimes.h"
@@ -63,6 +64,9 @@ TEST(HandlerTimes, ARunInsideAnotherIsNoPartOfItsTime) {
 TEST(HandlerTimes, AHandlerIsMeasuredWhenItBeganWhileThatWasOn) {
   HandlerTimes::forget();
   struct Machine : TranslateSm {
+    Machine() { start(*this); }
+    static std::tuple<> parts() { return {}; }
+    static void handleInitialized() {}
     const TracePlace& tracePlace() const { return place; }
     Kel::FwkType fwkType() const noexcept override { return {}; }
     void tearDown() noexcept override {}
