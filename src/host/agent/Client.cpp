@@ -8,8 +8,6 @@
 namespace Host {
 namespace {
 
-/// How long one connection may keep the others waiting.
-constexpr auto kItsTurn = std::chrono::milliseconds(10);
 /// How many times a turn it reads: enough for a good deal of answers with one flush to disk.
 constexpr int kReads = 4;
 
