@@ -10,8 +10,7 @@
 
 namespace {
 
-std::vector<Host::Fault> readInto(const Host::Trees& trees, std::string_view text) {
-  const Host::SourceText source("input", text);
+std::vector<Host::Fault> readInto(const Host::Trees& trees, const Host::SourceText& source) {
   Host::EntityFiller filler(trees);
   return Host::DocumentReader(20, Host::Content::everything).read(source, filler);
 }
@@ -31,9 +30,11 @@ std::string printed(const Host::Trees& trees) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view text = Fuzz::textOf(data, size);
+  // Without the byte-order mark, where there is one.
+  const Host::SourceText source("input", Fuzz::textOf(data, size));
+  const std::string_view text = source.text();
   const Host::Trees trees;
-  const auto faults = readInto(trees, text);
+  const auto faults = readInto(trees, source);
   for (const Host::Fault& fault : faults) {
     Fuzz::require(fault.offset <= text.size(), "a fault is inside the text");
     Fuzz::require(!fault.message.empty(), "a fault says what is wrong");
@@ -44,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (faults.empty()) {
     const std::string first = printed(trees);
     const Host::Trees again;
-    Fuzz::require(readInto(again, first).empty(), "what is printed can be read");
+    Fuzz::require(readInto(again, Host::SourceText("printed", first)).empty(),
+                  "what is printed can be read");
     Fuzz::require(printed(again) == first, "what is printed and read is the same");
   }
   return 0;
