@@ -46,6 +46,9 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
   /// What observers subscribe to; publishing through it delivers a notification again.
   Brix::Publisher publisher() const noexcept { return {*this, subscribers_}; }
 
+  /// What the entities of this type have been doing.
+  static const EntityCounts& kelCounts() noexcept { return counts_; }
+
  protected:
   Entity() noexcept = default;
 
@@ -57,29 +60,34 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
   }
 
   void publish(AttrId id, const void* key = nullptr, const void* value = nullptr) const {
+    counts_.notifications.count();
     publisher().publish(id, key, value);
   }
 
   template <class T>
   void write(T& attribute, const T& value, AttrId id) {
+    countUnchanged(attribute == value);
     attribute = value;
     publish(id, nullptr, &attribute);
   }
   void write(Seconds& attribute, const Seconds& value, AttrId id) {
-    attribute = writtenTime(value);
-    publish(id, nullptr, &attribute);
+    write<Seconds>(attribute, writtenTime(value), id);
   }
 
   template <class K>
   void insertMember(Set<K>& set, K key, AttrId id) {
     if (set.insert(key)) {
       publish(id, &key);
+    } else {
+      countUnchanged(true);
     }
   }
   template <class K>
   void eraseMember(Set<K>& set, K key, AttrId id) {
     if (set.erase(key)) {
       publish(id, &key);
+    } else {
+      countUnchanged(true);
     }
   }
   template <class K>
@@ -91,6 +99,8 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
 
   template <class K, class V>
   void putValue(ValueMap<K, V>& map, K key, V value, AttrId id) {
+    const V* const there = map.find(key);
+    countUnchanged(there != nullptr && *there == value);
     map.put(key, value);
     publish(id, &key, &value);
   }
@@ -98,6 +108,8 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
   void eraseValue(ValueMap<K, V>& map, K key, AttrId id) {
     if (map.erase(key)) {
       publish(id, &key);
+    } else {
+      countUnchanged(true);
     }
   }
   template <class K, class V>
@@ -155,6 +167,14 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
     const auto& key = (entry.*KeyOf)();
     publish(id, &key, &entry);
   }
+
+  static void countUnchanged(bool unchanged) noexcept {
+    if (unchanged) {
+      counts_.unchangedWrites.count();
+    }
+  }
+
+  static inline EntityCounts counts_;
 
   mutable Brix::SubscriberList subscribers_;
 };

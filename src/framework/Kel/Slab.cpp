@@ -53,8 +53,11 @@ class Guard {
 
 }  // namespace
 
-Slab::Slab(const char* typeName, std::size_t size, std::size_t align)
-    : typeName_(typeName), objectSize_(size), align_(std::max(align, alignof(Block))) {
+Slab::Slab(const char* typeName, std::size_t size, std::size_t align, const EntityCounts* counts)
+    : typeName_(typeName),
+      counts_(counts),
+      objectSize_(size),
+      align_(std::max(align, alignof(Block))) {
   const std::size_t block = roundUp(std::max(size, sizeof(Block)), align_);
   const bool paged = !kSanitized && block <= kPage / 8;
   blockSize_ = static_cast<std::uint32_t>(block);

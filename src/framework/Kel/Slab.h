@@ -6,6 +6,7 @@
 #include <new>
 
 #include "Brix/Counted.h"
+#include "Kel/EntityCounts.h"
 
 namespace Kel {
 
@@ -59,8 +60,9 @@ namespace Kel {
 ///   that are held by somebody's static variable end later than any static of ours.
 class Slab {
  public:
-  /// `typeName` is kept, not copied. `size` is in bytes, `align` is a power of two.
-  Slab(const char* typeName, std::size_t size, std::size_t align);
+  /// `typeName` and `counts` are kept, not copied. `size` is in bytes, `align` is a power of two.
+  Slab(const char* typeName, std::size_t size, std::size_t align,
+       const EntityCounts* counts = nullptr);
   Slab(const Slab&) = delete;
   Slab& operator=(const Slab&) = delete;
   /// No object is left.
@@ -92,6 +94,9 @@ class Slab {
   const char* typeName() const noexcept { return typeName_; }
   /// The size of one object, in bytes.
   std::size_t objectSize() const noexcept { return objectSize_; }
+
+  /// What the entities of this type have been doing; null for types that are no entities.
+  const EntityCounts* counts() const noexcept { return counts_; }
 
   /// Calls `visit` for every slab of the process, sorted by type name.
   static void forEach(void (*visit)(void* context, const Slab& slab), void* context);
@@ -157,6 +162,7 @@ class Slab {
   std::uint32_t blockSize_;
   std::uint32_t blocksPerPage_;  // 0: no pages, each block comes from the system
   const char* typeName_;
+  const EntityCounts* counts_;
   std::size_t objectSize_;
   std::size_t align_;
   std::size_t pages_ = 0;
@@ -167,7 +173,11 @@ class Slab {
 /// objects with static storage end while the process does.
 template <class T>
 Slab& slabOf() {
-  static Slab& slab = *new Slab(T::kelTypeName(), sizeof(T), alignof(T));
+  const EntityCounts* counts = nullptr;
+  if constexpr (requires { T::kelCounts(); }) {
+    counts = &T::kelCounts();
+  }
+  static Slab& slab = *new Slab(T::kelTypeName(), sizeof(T), alignof(T), counts);
   return slab;
 }
 

@@ -8,6 +8,7 @@
 #include "data/TreeWriter.h"
 #include "explain/Explainer.h"
 #include "session/Answers.h"
+#include "session/EntityStatistics.h"
 #include "session/HandlerStatistics.h"
 #include "text/Concat.h"
 #include "text/Report.h"
@@ -141,6 +142,7 @@ void Service::statistics(JsonWriter& json) {
   json.name("stats");
   json.openObject();
   writeStatisticsMembers(json, engine_.session().statistics());
+  writeEntityStatistics(json);
   writeHandlerStatistics(json);
   json.name("uptime");
   json.number(static_cast<std::uint64_t>(std::chrono::duration_cast<seconds>(up).count()));

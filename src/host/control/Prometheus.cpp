@@ -53,6 +53,13 @@ constexpr Family kTypes{
     {{{"objects", "vpm_objects", "Objects that exist, by type."},
       {"bytes", "vpm_object_bytes", "Bytes of the objects that exist, by type."}}}};
 
+constexpr Family kEntities{
+    "entities",
+    {"type", ""},
+    {{{"notifications", "vpm_notifications_total", "Changes that entities published, by type."},
+      {"unchanged-writes", "vpm_unchanged_writes_total",
+       "Writes to entities that found what they wrote, by type."}}}};
+
 constexpr Family kHandlers{
     "handlers",
     {"class", "handler"},
@@ -127,6 +134,7 @@ std::string prometheusText(const object& stats) {
     }
   }
   appendFamily(out, kTypes, stats);
+  appendFamily(out, kEntities, stats);
   appendFamily(out, kHandlers, stats);
   return out;
 }

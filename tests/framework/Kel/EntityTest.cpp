@@ -54,6 +54,51 @@ TEST_F(EntityLaws, AMapNotifiesAtEveryWriteAndAtRemovals) {
   EXPECT_EQ(notes.take(), (Noted{"label a", "label a", "label a"}));
 }
 
+// What one type's entities have published and written in vain since the making of this.
+class Counted {
+ public:
+  std::uint64_t notifications() const {
+    return Whole::kelCounts().notifications.value() - notifications_;
+  }
+  std::uint64_t unchanged() const {
+    return Whole::kelCounts().unchangedWrites.value() - unchanged_;
+  }
+
+ private:
+  std::uint64_t notifications_ = Whole::kelCounts().notifications.value();
+  std::uint64_t unchanged_ = Whole::kelCounts().unchangedWrites.value();
+};
+
+TEST_F(EntityLaws, WhatATypePublishesAndWritesInVainIsCounted) {
+  const Counted counted;
+  whole->countIs(5);
+  whole->numberIs(7);
+  whole->labelIs("a", "1");
+  whole->partIs("p");
+  EXPECT_EQ(counted.notifications(), 4U);
+  EXPECT_EQ(counted.unchanged(), 0U);
+  whole->countIs(5);
+  whole->labelIs("a", "1");
+  EXPECT_EQ(counted.notifications(), 6U);
+  EXPECT_EQ(counted.unchanged(), 2U);
+  whole->numberIs(7);
+  whole->numberDel(8);
+  whole->labelDel("b");
+  EXPECT_EQ(counted.notifications(), 6U);
+  EXPECT_EQ(counted.unchanged(), 5U);
+  whole->labelDel("a");
+  whole->numberDel(7);
+  whole->countIs(6);
+  EXPECT_EQ(counted.notifications(), 9U);
+  EXPECT_EQ(counted.unchanged(), 5U);
+}
+
+TEST_F(EntityLaws, TheCountsOfATypeStandWithItsSlab) {
+  EXPECT_EQ(slabOf<Whole>().counts(), &Whole::kelCounts());
+  const Slab plain("Test::Plain", 8, 8);
+  EXPECT_EQ(plain.counts(), nullptr);
+}
+
 TEST_F(EntityLaws, ACollectionNotifiesCreationAndRemovalButNotTheReturnOfWhatIsThere) {
   const auto part = whole->partIs("p");
   EXPECT_EQ(whole->partIs("p"), part);

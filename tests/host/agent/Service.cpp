@@ -50,6 +50,25 @@ TEST_F(AgentAnswers, AuditAndStatistics) {
   EXPECT_THAT(answer, HasSubstr(R"("resident":)"));
 }
 
+TEST_F(AgentAnswers, HowOftenEntitiesHaveChangedAndWereWrittenInVain) {
+  TestClient client = start().client();
+  const auto tags = [&client] {
+    const std::string answer = client.ask(R"({"request":"stats"})");
+    const std::string type = R"({"type":"VelaL3::VelaNamedRuleConfig",)";
+    const std::size_t begin = answer.find(type, answer.find(R"("entities":[)"));
+    const std::size_t end = answer.find('}', begin);
+    return answer.substr(std::min(begin, answer.size()), end - begin);
+  };
+  const std::string none = tags();
+  client.ask(update(kWeb + "/tags", R"("a")"));
+  const std::string once = tags();
+  client.ask(update(kWeb + "/tags", R"("a")"));
+  const std::string again = tags();
+  EXPECT_THAT(none, HasSubstr(R"("notifications":)"));
+  EXPECT_NE(none, once);
+  EXPECT_NE(once, again);
+}
+
 TEST_F(AgentAnswers, WhatItCannotReadWithAnErrorAndGoesOn) {
   TestClient client = start().client();
   EXPECT_THAT(client.ask(R"({"request":"shwo"})"),

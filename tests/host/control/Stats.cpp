@@ -65,6 +65,19 @@ vpm_object_bytes{type="a\"b\\c\nd"} 2
 )");
 }
 
+TEST(Stats, PrintsWhatEntitiesDidForPrometheus) {
+  const FakeAgent agent(
+      always(R"(,"stats":{"entities":[{"type":"T","notifications":9,"unchanged-writes":2}]})"));
+  EXPECT_EQ(agent.ctl({"stats", "--prometheus"}).out,
+            R"(# HELP vpm_notifications_total Changes that entities published, by type.
+# TYPE vpm_notifications_total counter
+vpm_notifications_total{type="T"} 9
+# HELP vpm_unchanged_writes_total Writes to entities that found what they wrote, by type.
+# TYPE vpm_unchanged_writes_total counter
+vpm_unchanged_writes_total{type="T"} 2
+)");
+}
+
 TEST(Stats, PrintsJson) {
   const FakeAgent agent(always(kStats));
   EXPECT_THAT(agent.ctl({"stats", "--json"}).out,
