@@ -101,7 +101,7 @@ Examples:
 
 inline constexpr const char* kCtlStatsHelp = R"(Examples:
   vpm ctl stats
-      lines, clients, memory, and the objects that exist by type
+      lines, clients, memory; objects, changes and handlers by type
   vpm ctl stats --prometheus > vpm.prom
       for the text-file collector of Prometheus
 )";
