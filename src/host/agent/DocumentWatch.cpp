@@ -5,11 +5,44 @@
 #include <sys/timerfd.h>
 
 #include <cstring>
+#include <deque>
 #include <filesystem>
+#include <set>
 
 #include "text/Concat.h"
 
 namespace Host {
+
+namespace {
+
+/// The links that are met on the way to a file, and what they lead to, whether it is there or not.
+std::vector<std::filesystem::path> wayTo(const std::string& file) {
+  constexpr std::size_t kMostLinks = 40;  // as the system itself follows
+  std::vector<std::filesystem::path> way;
+  std::filesystem::path at = "/";
+  const std::filesystem::path whole = std::filesystem::absolute(file).relative_path();
+  std::deque<std::filesystem::path> ahead(whole.begin(), whole.end());
+  while (!ahead.empty()) {
+    const std::filesystem::path part = std::move(ahead.front());
+    ahead.pop_front();
+    std::error_code none;
+    if (part == "..") {
+      at = at.parent_path();
+    } else if (std::filesystem::is_symlink(at / part, none) && way.size() < kMostLinks) {
+      way.push_back(at / part);
+      const std::filesystem::path target = std::filesystem::read_symlink(way.back(), none);
+      at = target.is_absolute() ? "/" : at;
+      const std::filesystem::path rest = target.relative_path();
+      ahead.insert(ahead.begin(), rest.begin(), rest.end());
+    } else if (!part.empty() && part != ".") {
+      at /= part;
+    }
+  }
+  way.push_back(at);
+  return way;
+}
+
+}  // namespace
 
 DocumentWatch::Quiet::Quiet(DocumentWatch& watch)
     : watch_(watch), timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {
@@ -28,21 +61,24 @@ void DocumentWatch::Quiet::begin() const {
 
 void DocumentWatch::Quiet::ready(std::uint32_t /*events*/) {
   std::uint64_t times = 0;
-  watch_.saved_ = ::read(timer_.number(), &times, sizeof times) == sizeof times || watch_.saved_;
+  if (::read(timer_.number(), &times, sizeof times) == sizeof times) {
+    // Before the files are read, so that no later save is missed. If a folder is gone, the reading
+    // will say so.
+    watch_.follow();
+    watch_.saved_ = true;
+  }
 }
 
 DocumentWatch::DocumentWatch(const std::vector<std::string>& files, Loop& loop)
-    : loop_(loop), events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), quiet_(*this) {
+    : files_(files),
+      loop_(loop),
+      events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
+      quiet_(*this) {
   if (!events_.isOpen()) {
     failWith("folders cannot be watched");
   }
-  for (const std::string& file : files) {
-    std::error_code none;
-    const std::filesystem::path real = std::filesystem::canonical(file, none);
-    watch(file);
-    if (!none && real != std::filesystem::absolute(file)) {
-      watch(real);
-    }
+  if (const auto why = follow()) {
+    failWith(*why);
   }
   loop_.add(events_.number(), EPOLLIN, *this);
   loop_.add(quiet_.descriptor(), EPOLLIN, quiet_);
@@ -53,15 +89,32 @@ DocumentWatch::~DocumentWatch() {
   loop_.remove(events_.number());
 }
 
-void DocumentWatch::watch(const std::string& file) {
-  const std::filesystem::path path(file);
-  const std::string folder = path.has_parent_path() ? path.parent_path().string() : ".";
-  const int number =
-      ::inotify_add_watch(events_.number(), folder.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO);
-  if (number < 0) {
-    failWith(concat({"the folder ", folder, " cannot be watched"}));
+/// Watches all that is on the way to the files as it is now, and nothing else.
+std::optional<std::string> DocumentWatch::follow() {
+  decltype(names_) names;
+  for (const std::string& file : files_) {
+    const auto way = wayTo(file);
+    for (const std::filesystem::path& name : way) {
+      const std::string folder = name.parent_path().string();
+      const int number = ::inotify_add_watch(events_.number(), folder.c_str(),
+                                             IN_CLOSE_WRITE | IN_MOVED_TO | IN_CREATE);
+      if (number < 0) {
+        return concat({"the folder ", folder, " cannot be watched"});
+      }
+      names.emplace(std::pair(number, name.filename().string()), &name != &way.back());
+    }
   }
-  names_.emplace(number, path.filename().string());
+  std::set<int> needed;
+  for (const auto& [name, isLink] : names) {
+    needed.insert(name.first);
+  }
+  for (const auto& [name, isLink] : names_) {
+    if (!needed.contains(name.first)) {
+      ::inotify_rm_watch(events_.number(), name.first);
+    }
+  }
+  names_ = std::move(names);
+  return std::nullopt;
 }
 
 void DocumentWatch::ready(std::uint32_t /*events*/) {
@@ -72,7 +125,10 @@ void DocumentWatch::ready(std::uint32_t /*events*/) {
       inotify_event event{};
       std::memcpy(&event, at, sizeof event);
       const bool lost = (event.mask & IN_Q_OVERFLOW) != 0;
-      if (lost || (event.len > 0 && names_.contains({event.wd, at + sizeof event}))) {
+      const auto named = event.len > 0 ? names_.find({event.wd, at + sizeof event}) : names_.end();
+      // A file that has just been made is empty; what is saved into it is an event of its own.
+      const bool made = (event.mask & IN_CREATE) != 0;
+      if (lost || (named != names_.end() && (!made || named->second))) {
         quiet_.begin();
       }
       at += sizeof event + event.len;

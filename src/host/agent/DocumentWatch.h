@@ -1,6 +1,7 @@
 #pragma once
 
-#include <set>
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,9 +13,11 @@ namespace Host {
 /// Finds out when somebody has saved one of these files.
 ///
 /// Editors put a new file in the place of the old one, and a watch on the file would stay with the
-/// old one. So the folders are watched, and what happens there to other names is ignored. Of a
-/// symbolic link, the folder of what it leads to is watched too. A save is often more than one
-/// event; it counts when nothing has happened for 50 ms.
+/// old one. So the folders are watched, and what happens there to other names is ignored. Symbolic
+/// links are followed: each link on the way to a file, and the file that it leads to, count as the
+/// file, and the way is looked up anew after each save (a configuration is often put in place by
+/// turning one link over to another folder). A save is often more than one event; it counts when
+/// nothing has happened for 50 ms.
 class DocumentWatch : public Loop::Source {
  public:
   /// Raises std::runtime_error when a folder cannot be watched.
@@ -39,12 +42,14 @@ class DocumentWatch : public Loop::Source {
     Descriptor timer_;
   };
 
-  void watch(const std::string& file);
+  /// Why it cannot; then all is watched as before.
+  std::optional<std::string> follow();
 
+  const std::vector<std::string> files_;
   Loop& loop_;
   Descriptor events_;
   Quiet quiet_;
-  std::set<std::pair<int, std::string>> names_;  // by the watch on their folder
+  std::map<std::pair<int, std::string>, bool> names_;  // by folder and name: is it a link?
   bool saved_ = false;
 };
 

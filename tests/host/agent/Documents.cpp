@@ -62,6 +62,38 @@ TEST_F(AgentDocuments, AreFollowedBehindASymbolicLink) {
   EXPECT_TRUE(eventually([&] { return hasTags(client, "edited"); }));
 }
 
+TEST_F(AgentDocuments, AreFollowedWhenALinkOnTheWayToThemIsTurnedOver) {
+  const auto version = [this](const std::string& name, const std::string& text) {
+    std::filesystem::create_directory(folder_.path(name));
+    folder_.write(name + "/c.json", text);
+  };
+  const auto turnOver = [this](const std::string& name) {
+    std::filesystem::create_symlink(name, folder_.path("next"));
+    std::filesystem::rename(folder_.path("next"), folder_.path("now"));
+  };
+  version("v1", kFirewall);
+  turnOver("v1");
+  std::filesystem::create_symlink("now/c.json", folder_.path("link.json"));
+  agent_.emplace(folder_,
+                 std::vector<std::string>{"--watch", "--config", folder_.path("link.json")});
+  TestClient client = agent_->client();
+  version("v2", document(rule(20000, "second")));
+  turnOver("v2");
+  EXPECT_TRUE(eventually([&] { return hasTags(client, "second"); }));
+  // What it leads to now is followed, and so is the next turn.
+  folder_.write("v2/c.json", document(rule(20000, "in place")));
+  EXPECT_TRUE(eventually([&] { return hasTags(client, "in place"); }));
+  version("v3", document(rule(20000, "third")));
+  turnOver("v3");
+  EXPECT_TRUE(eventually([&] { return hasTags(client, "third"); }));
+  // It may lead nowhere for a while, or be removed and made anew.
+  turnOver("nowhere/at/all");
+  ASSERT_TRUE(agent_->says("; the agent goes on as before\n"));
+  std::filesystem::remove(folder_.path("now"));
+  std::filesystem::create_symlink("v2", folder_.path("now"));
+  EXPECT_TRUE(eventually([&] { return hasTags(client, "in place"); }));
+}
+
 TEST_F(AgentDocuments, AreReadAgainUponSighupAndUponRequest) {
   TestClient client = start().client();
   save(document(rule(20000, "hup")));
