@@ -129,6 +129,7 @@ class RunningAgent {
     eventually([this] { return TestClient(socket_).isConnected() || said("error"); });
     return TestClient(socket_);
   }
+  pid_t pid() const { return process_; }
   void signal(int number) const { ::kill(process_, number); }
   /// Waits until it has ended: its exit code, or minus the signal that has ended it.
   int exitCode() { return *end(0); }

@@ -1,5 +1,8 @@
 #include "agent/Trials.h"
 
+#include <csignal>
+#include <fstream>
+
 #include "host/agent/AgentTest.h"
 
 namespace HostTests {
@@ -152,6 +155,55 @@ TEST_F(AgentTrial, TellsWatchersAndJournalNothing) {
   EXPECT_EQ(agent_->stop(), 0);
   TestClient again = start({"--state", folder_.path("state")}).client();
   EXPECT_THAT(again.ask(kShowTags), HasSubstr(R"("tags":"real")"));
+}
+
+/// A line that takes a child long enough to be found at it.
+std::string longLine() {
+  std::string prefixes;
+  for (int i = 0; i != 30'000; ++i) {
+    prefixes += (i == 0 ? "\"10." : ",\"10.") + std::to_string(i / 250) + '.' +
+                std::to_string(i % 250) + ".0/24\"";
+  }
+  return R"({"update":[{"path":")" + kWeb + R"(","value":{"match":{"dst-ip":[)" + prefixes +
+         "]}}}]}";
+}
+
+/// The child of a process that has one or is about to have one; 0 when none comes.
+pid_t childOf(pid_t parent) {
+  const std::string file =
+      "/proc/" + std::to_string(parent) + "/task/" + std::to_string(parent) + "/children";
+  pid_t child = 0;
+  eventually([&] {
+    std::ifstream(file) >> child;
+    return child != 0;
+  });
+  return child;
+}
+
+TEST_F(AgentTrial, SurvivesTheBreakdownOfTheProcessThatTries) {
+  TestClient client = start().client();
+  client.send(tried(longLine()) + '\n');
+  const pid_t child = childOf(agent_->pid());
+  ASSERT_NE(child, 0);
+  ASSERT_EQ(::kill(child, SIGKILL), 0);
+  EXPECT_EQ(client.line(),
+            R"({"line":1,"error":"the process that has tried this line out has broken down; )"
+            R"(applied, the line may end the agent"})");
+  EXPECT_EQ(client.ask("{}"), R"({"line":2})");
+}
+
+TEST_F(AgentTrial, EndsWhenNobodyWaitsForItAnyMore) {
+  TestClient client = start().client();
+  pid_t child = 0;
+  {
+    TestClient leaving(agent_->socket());
+    leaving.send(tried(longLine()) + '\n');
+    child = childOf(agent_->pid());
+    ASSERT_NE(child, 0);
+    ASSERT_EQ(::kill(child, SIGSTOP), 0);  // it would never end by itself
+  }
+  EXPECT_TRUE(eventually([&] { return ::kill(child, 0) != 0; }));
+  EXPECT_EQ(client.ask("{}"), R"({"line":1})");
 }
 
 }  // namespace
