@@ -28,13 +28,13 @@ constexpr std::size_t roundUp(std::size_t value, std::size_t step) {
 }
 
 // All slabs, sorted by type name. Never destroyed, like the slabs.
-struct Registry {
+struct SlabList {
   std::mutex mutex;
   std::vector<const Slab*> slabs;
 };
 
-Registry& registry() {
-  static Registry& all = *new Registry;
+SlabList& slabList() {
+  static SlabList& all = *new SlabList;
   return all;
 }
 
@@ -64,7 +64,7 @@ Slab::Slab(const char* typeName, std::size_t size, std::size_t align, const Enti
   blocksPerPage_ =
       paged ? static_cast<std::uint32_t>((kPageBytes - roundUp(sizeof(Page), align_)) / block) : 0;
 
-  Registry& all = registry();
+  SlabList& all = slabList();
   const std::lock_guard lock(all.mutex);
   const auto at = std::upper_bound(
       all.slabs.begin(), all.slabs.end(), std::string_view(typeName),
@@ -73,7 +73,7 @@ Slab::Slab(const char* typeName, std::size_t size, std::size_t align, const Enti
 }
 
 Slab::~Slab() {
-  Registry& all = registry();
+  SlabList& all = slabList();
   const std::lock_guard lock(all.mutex);
   all.slabs.erase(std::find(all.slabs.begin(), all.slabs.end(), this));
   if (open_ != nullptr) {
@@ -99,7 +99,7 @@ std::size_t Slab::bytes() const noexcept {
 void Slab::forEach(void (*visit)(void* context, const Slab& slab), void* context) {
   std::vector<const Slab*> slabs;
   {
-    Registry& all = registry();
+    SlabList& all = slabList();
     const std::lock_guard lock(all.mutex);
     slabs = all.slabs;
   }
