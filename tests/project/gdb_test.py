@@ -3,8 +3,8 @@
 
 Installs what was built, and shows an agent to gdb, which loads the printers of the installed
 library by itself: stopped in its event loop, and as a core file. Both times gdb prints the same
-tree and the same state machine. Then the agent's memory is broken, and what is around the break is
-still shown.
+tree, state machine and lines of the trace; and vpm trace prints the core's trace as it prints that
+of the files. Then the agent's memory is broken, and what is around the break is still shown.
 """
 
 import json
@@ -218,10 +218,34 @@ VelaPolicyMonitor::Status = {
 }
 """
 
+# With the times and the numbers of lines in the sources, which are not the point here, left out.
+TRACE = "".join(
+    f"TIME VelaPolicyMonitor {level} {machine}.cpp:LINE {text.partition('(')[0]}: "
+    f"void VelaPolicyMonitor::{machine}::{text}\n"
+    for level, machine, text in [
+        (7, "PolicyTranslatePerDeviceSm", "handleVrf(const String&)return"),
+        (7, "PolicyTranslatePerDeviceSm", "handleVrf()return"),
+        (7, "PolicyTranslatePerDeviceSm", "handleInitialized()return"),
+        (7, "PolicyTranslateRootSm", "handlePolicySet(const String&)return"),
+        (7, "PolicyTranslateRootSm", "handlePolicySet()return"),
+        (7, "PolicyTranslateRootSm", "handleInitialized()return"),
+        (8, "ServiceDeviceTranslateRootSm", "handleInitialized()"),
+        (8, "ServiceDeviceTranslateRootSm", "handleDevice()"),
+        (7, "ServiceDeviceTranslateRootSm", "handleDevice()return"),
+        (7, "ServiceDeviceTranslateRootSm", "handleInitialized()return"),
+    ]
+)
+DECISION = """\
+TIME VelaPolicyMonitor 6 PolicyTranslateRootSm.cpp:LINE handlePolicySet: \
+void VelaPolicyMonitor::PolicyTranslateRootSm::handlePolicySet(const String&) add device fw1
+"""
+
 SHOWN = {
     'print *$vela("VelaL3::VelaPolicySourceConfig")': TREE,
     'print *$vela("VelaPolicyMonitor::PolicyTranslatePerVrfSm")': MACHINE,
     'print *$vela("VelaPolicyMonitor::Status")': STATUS,
+    "vela-trace 10": TRACE,
+    "vela-trace 1 --level 6 --class PolicyTranslateRootSm": DECISION,
 }
 
 # What is broken or cut short in the running agent: what is done to it, and what gdb shows then.
@@ -283,9 +307,14 @@ def gdb(prefix, arguments, commands, folder):
     return parts[2:-1:2]
 
 
+def output_of(command):
+    return subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
+
+
 def check(what, shown, expected):
     shown = re.sub(r"^\$\d+ = ", "", shown)
     shown = re.sub(r" at 0x[0-9a-f]{9,}", " at ADDRESS", shown)
+    shown = re.sub(r"(?m)^\d+\.\d{6} (.*?\.cpp):\d+ ", r"TIME \1:LINE ", shown)
     if shown != expected:
         sys.exit(f"{what}\nshows:\n{shown}\nand not:\n{expected}")
 
@@ -308,15 +337,20 @@ def main():
         core = folder / "core"
         start = [
             "tbreak Host::AgentRun::turn",  # the trees are built, and the agent waits for clients
-            f"run agent --config {folder}/config.json --listen {folder}/socket 2>{folder}/said",
+            f"run agent --config {folder}/config.json --listen {folder}/socket "
+            f"--trace-file {folder}/trace 2>{folder}/said",
             f"generate-core-file {core}",
             'set $match = $vela("VelaL3::VelaMatchConfig")',
         ]
         live = gdb(prefix, [vpm], [*start, *SHOWN, *BROKEN], folder)[len(start) :]
+        of_files = output_of([vpm, "trace", folder / "trace"])
+        shutil.rmtree(folder / "trace")  # the core is all that there is
         dead = gdb(prefix, [vpm, core], SHOWN, folder)
         for what, shown in [("the agent", live), ("the core", dead)]:
             for (command, expected), text in zip(SHOWN.items(), shown):
                 check(f"{what}: {command}", text, expected)
+        if output_of([vpm, "trace", core]) != of_files:
+            sys.exit("the core has another trace than the files")
         for (command, expected), text in zip(BROKEN.items(), live[len(SHOWN) :]):
             check(command, text, expected)
 

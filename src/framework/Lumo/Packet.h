@@ -24,6 +24,15 @@ struct PacketHeader {
 static_assert(sizeof(PacketHeader) == 80 && offsetof(PacketHeader, begin) == 32,
               "no gaps: the metadata describes every byte");
 
+/// What the process has in memory before a copy of the metadata, at the beginning of a page: a core
+/// file holds the metadata, and who searches it for the segments, page by page, comes by it.
+struct MetadataHeader {
+  static constexpr std::uint64_t kMagic = 0x6174'6164'6f6d'754c;  // "Lumodata"
+
+  std::uint64_t magic;
+  std::uint64_t bytes;  ///< of the text that follows
+};
+
 /// What precedes the values of a record: site (4 bytes), stamp (8), printed time (8, a double),
 /// subject (8).
 inline constexpr std::size_t kRecordHeader = 28;

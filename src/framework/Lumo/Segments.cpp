@@ -7,9 +7,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
+
+#include "Lumo/Packet.h"
 
 namespace Lumo {
 namespace {
@@ -170,6 +174,9 @@ std::unique_ptr<Segments> Segments::onDisk(const std::string& directory, std::si
 }
 
 Segments::~Segments() {
+  if (!metadata_.empty()) {
+    munmap(metadata_.data(), metadata_.size());
+  }
   if (memory_ != nullptr) {
     munmap(memory_, size_ * count_);
   }
@@ -178,8 +185,29 @@ Segments::~Segments() {
   }
 }
 
-bool Segments::publishMetadata(const std::string& text) const noexcept {
-  return directory_ < 0 || replaceFile(directory_, "metadata", std::as_bytes(std::span(text)));
+bool Segments::publishMetadata(const std::string& text) noexcept {
+  return keepMetadata(text) &&
+         (directory_ < 0 || replaceFile(directory_, "metadata", std::as_bytes(std::span(text))));
+}
+
+bool Segments::keepMetadata(const std::string& text) noexcept {
+  const MetadataHeader header{MetadataHeader::kMagic, text.size()};
+  const std::size_t size = sizeof header + text.size();
+  void* const memory =
+      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) {
+    return false;
+  }
+  // The header last: what it stands before is whole, at whatever instant the process ends.
+  std::memcpy(static_cast<std::byte*>(memory) + sizeof header, text.data(), text.size());
+  std::atomic_signal_fence(std::memory_order_release);
+  std::memcpy(memory, &header, sizeof header);
+  std::atomic_signal_fence(std::memory_order_release);
+  const std::span before = std::exchange(metadata_, {static_cast<std::byte*>(memory), size});
+  if (!before.empty()) {
+    munmap(before.data(), before.size());
+  }
+  return true;
 }
 
 }  // namespace Lumo

@@ -9,6 +9,11 @@ namespace Lumo {
 
 /// The memory of a ring: `count` segments of `size` bytes behind one another, each the image of a
 /// file when there is a directory.
+///
+/// **What a core file holds of it.** Memory without a name, and the metadata, always. Files that
+/// are mapped are left out (their content outlives the process anyway), unless bit 3 is set in
+/// /proc/PID/coredump_filter, or they were deleted. The filter is the process's own affair, so that
+/// nothing is done about it here.
 class Segments {
  public:
   /// Limits of size (a multiple of 4096) and count.
@@ -32,17 +37,20 @@ class Segments {
   std::byte* at(std::size_t index) const noexcept { return memory_ + index * size_; }
   std::span<std::byte> all() const noexcept { return {memory_, size_ * count_}; }
 
-  /// Puts `text` into the directory as `metadata`, whole or not at all. True without a directory.
-  bool publishMetadata(const std::string& text) const noexcept;
+  /// Keeps a copy of `text` in memory, behind a MetadataHeader, and puts it into the directory, if
+  /// there is one, as `metadata`, whole or not at all.
+  bool publishMetadata(const std::string& text) noexcept;
 
  private:
   Segments(std::size_t size, std::size_t count) : size_(size), count_(count) {}
   bool openDirectory(const std::string& directory, std::string& why);
   bool mapFile(std::size_t index, std::string& why);
+  bool keepMetadata(const std::string& text) noexcept;
 
   std::size_t size_;
   std::size_t count_;
   std::byte* memory_ = nullptr;
+  std::span<std::byte> metadata_;  // header and text; empty before the first are published
   int directory_ = -1;  // open and locked for as long as this process writes here; -1: none
 };
 

@@ -8,7 +8,7 @@ it. A new attribute of an entity needs no line here: the names come from the typ
 import gdb
 import gdb.printing
 
-from . import commands, containers, objects, reading, values
+from . import commands, containers, objects, reading, trace, values
 
 _PRINTERS = {**values.PRINTERS, **containers.PRINTERS}
 
@@ -37,3 +37,4 @@ def register():
     process may ask for it."""
     gdb.printing.register_pretty_printer(None, _Printers("vela"), replace=True)
     commands.register()
+    trace.register()

@@ -93,7 +93,8 @@ inline constexpr const char* kTraceHelp =
     R"(A trace is a folder that --trace-file of translate, replay or agent has made.
 It can be read while it is written, and when its process has crashed or was
 killed. What the process before that one left is in FOLDER.previous. Any reader
-of Common Trace Format 1.8, such as babeltrace2, takes the folder too.
+of Common Trace Format 1.8, such as babeltrace2, takes the folder too. Where the
+folder is lost, a core file of the process will do (not a compressed one).
 
 Examples:
   vpm replay --config firewall.json --trace-file t changes.log > answers.json

@@ -9,7 +9,6 @@
 #include "text/ExitCode.h"
 #include "text/Report.h"
 #include "tracing/TraceError.h"
-#include "tracing/TraceFolder.h"
 #include "tracing/TracePrinter.h"
 #include "tracing/TraceReader.h"
 #include "tracing/TraceStatistics.h"
@@ -64,8 +63,12 @@ class Show {
   Show(const ShowTraceRequest& request, Report& report, ByteSink& out)
       : request_(request),
         report_(report),
-        reader_(std::make_unique<TraceFolder>(request.path)),
-        printer_(printerFor(request, reader_, out)) {}
+        reader_(TraceSource::at(request.path)),
+        printer_(printerFor(request, reader_, out)) {
+    if (request.follow && !reader_.source().isLive()) {
+      throw TraceError(request.path + ": nothing more comes to a core file; leave out --follow");
+    }
+  }
 
   void once() {
     read();

@@ -68,7 +68,11 @@ bool TraceReader::readOnce(const TraceSource& source, const Each& each) {
     const std::uint64_t sequence = packet.header.sequence;
     const bool goesOn = sequence == sequence_;
     if (sequence_ != 0 && sequence > sequence_ + 1 && &packet != &packets.front()) {
-      return false;
+      if (source.isLive()) {
+        return false;
+      }
+      faults_.push_back(concat({packet.name, ": what was written before it is missing: ",
+                                std::to_string(sequence - sequence_ - 1), " segments"}));
     }
     std::string records;
     try {

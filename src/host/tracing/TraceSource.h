@@ -23,6 +23,9 @@ class TraceSource {
     Lumo::PacketHeader header{};
   };
 
+  /// That of a trace's folder, of one of its segments, or of a core file. Raises TraceError.
+  static std::unique_ptr<TraceSource> at(const std::string& path);
+
   TraceSource() = default;
   TraceSource(const TraceSource&) = delete;
   TraceSource& operator=(const TraceSource&) = delete;
@@ -38,6 +41,8 @@ class TraceSource {
   /// since it was looked at. Raises TraceError, with what there is in `records`, when it is shorter
   /// than its header says.
   virtual bool read(Packet& packet, std::string& records) const = 0;
+  /// Whether there may be more the next time that somebody looks.
+  virtual bool isLive() const { return true; }
   /// Where the trace was moved when another process began a new one here; null when nowhere.
   virtual std::unique_ptr<TraceSource> previous() const { return nullptr; }
 };

@@ -16,6 +16,18 @@ constexpr std::size_t kSegments = 8;
 constexpr std::size_t kSmallest = kSegments * Lumo::Segments::kSmallest;
 constexpr std::size_t kLargest = kSegments * Lumo::Segments::kLargest;
 
+/// A core file of this process is to hold the trace too, for whoever gets the core alone. Of all
+/// that the program maps, the ring alone is files that it also writes.
+void dumpMappedFiles() {
+  constexpr unsigned kSharedFiles = 1U << 3U;
+  constexpr const char* kFilter = "/proc/self/coredump_filter";
+  unsigned filter = 0;
+  if (std::ifstream(kFilter) >> std::hex >> filter) {
+    std::ofstream(kFilter) << "0x" << std::hex << (filter | kSharedFiles);
+  }
+  // Deliberate: without /proc there is no error; the trace is in its files as ever.
+}
+
 }  // namespace
 
 Tracing::Tracing(const RunOptions& options)
@@ -52,6 +64,7 @@ void Tracing::openRing(const RunOptions& options) {
   if (ring_ == nullptr) {
     throw OutputError(concat({options.traceFile, ": the trace cannot be written: ", why}));
   }
+  dumpMappedFiles();
   Pario::binaryLevelsAre(options.traceLevels);
   ringBefore_ = Lumo::defaultHandleIs(ring_.get());
 }

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -5,6 +6,8 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
+#include <fstream>
 
 #include "Lumo/Segments.h"
 #include "TraceTools.h"
@@ -52,6 +55,48 @@ TEST(Segments, WhatTheProcessBeforeLeftIsKeptOnce) {
   EXPECT_NE(previous.lines[0].find("number = 2"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(folder.previous() + "/segment-0002"))
       << "segments of the first process are not mixed with those of the second";
+}
+
+/// Whatever lies there, also what belongs to nobody.
+[[gnu::no_sanitize("address")]] std::uint64_t wordAt(std::size_t address) {
+  return *reinterpret_cast<const std::uint64_t*>(address);
+}
+
+/// The texts behind the headers that a search through the memory of this process finds.
+std::vector<std::string> metadataInMemory() {
+  std::vector<std::string> found;
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);) {
+    std::size_t rest = 0;
+    const std::size_t begin = std::stoul(line, &rest, 16);
+    const std::size_t end = std::stoul(line.substr(rest + 1), nullptr, 16);
+    constexpr std::size_t kLargest = std::size_t{1} << 26U;  // a sanitizer has terabytes
+    if (line.find(" rw-p ") == std::string::npos || end - begin > kLargest) {
+      continue;
+    }
+    for (std::size_t page = begin; page < end; page += 4096) {
+      if (wordAt(page) == Lumo::MetadataHeader::kMagic) {
+        const auto* const text = reinterpret_cast<const char*>(page) + sizeof(Lumo::MetadataHeader);
+        found.emplace_back(text, wordAt(page + offsetof(Lumo::MetadataHeader, bytes)));
+      }
+    }
+  }
+  return found;
+}
+
+TEST(Segments, OneCopyOfTheMetadataLiesInMemoryForACoreFile) {
+  const Folder folder("metadata");
+  auto ring = LumoTest::openRing(folder.path());
+  EXPECT_THAT(metadataInMemory(), testing::ElementsAre(folder.content("metadata")));
+  LumoTest::put(*ring, LumoTest::siteWith(LumoTest::kNumber), 1U);
+  EXPECT_THAT(metadataInMemory(), testing::ElementsAre(folder.content("metadata")));
+  ring.reset();
+  EXPECT_THAT(metadataInMemory(), testing::IsEmpty());
+
+  std::string why;
+  ring = Lumo::TraceFile::inMemory(4096, 2, why);
+  LumoTest::put(*ring, LumoTest::siteWith(LumoTest::kNumber), 1U);
+  EXPECT_THAT(metadataInMemory(), testing::ElementsAre(testing::StartsWith("/* CTF 1.8 */")));
 }
 
 TEST(Segments, FilesThatAreNotOfATraceAreLeftAlone) {
