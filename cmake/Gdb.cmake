@@ -12,6 +12,7 @@ file(GENERATE OUTPUT ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${loader}
 # Relative, because the prefix is chosen when it is installed.
 file(RELATIVE_PATH folder /${CMAKE_INSTALL_LIBDIR} /${printers})
 configure_file(src/gdb/auto-load.py.in ${CMAKE_BINARY_DIR}/gdb/installed.py @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/gdb/installed.py RENAME ${loader} DESTINATION
+install(FILES ${CMAKE_BINARY_DIR}/gdb/installed.py RENAME ${loader} COMPONENT library DESTINATION
     ${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY src/gdb/vela_gdb DESTINATION ${printers} FILES_MATCHING PATTERN "*.py")
+install(DIRECTORY src/gdb/vela_gdb DESTINATION ${printers} COMPONENT library
+        FILES_MATCHING PATTERN "*.py")

@@ -9,7 +9,8 @@ Holds a document against the project.
   it has printed what stands below it, and for its end after a command "... stop". Commands must end with exit code 0; where another is meant,
   "; echo $?" shows it. A block "sh" is refused: nobody would see it go out of date.
 - Commands run one after the other in a folder of their own that has examples/ and yang/, with the
-  program in build/release/bin and in the PATH, and the control socket where nobody else's is.
+  program in build/release/bin and in the PATH; the folder is also their home, and the control
+  socket is there, where nobody else's is.
 - A command of ./dev takes minutes and would run this test again, so that for these it is only
   checked that ./dev has them.
 - Every line of a C++ block stands in one of the programs in examples/, which are tests themselves.
@@ -97,7 +98,8 @@ def runAll(folder):
     bin = folder / "build/release/bin"
     bin.mkdir(parents=True)
     (bin / "vpm").symlink_to(program)
-    environment = dict(os.environ, PATH=f"{bin}:{os.environ['PATH']}", XDG_RUNTIME_DIR=str(folder))
+    environment = dict(os.environ, PATH=f"{bin}:{os.environ['PATH']}", HOME=str(folder),
+                       XDG_RUNTIME_DIR=str(folder))
     environment.pop("VPM_SOCKET", None)
     background = []
     try:

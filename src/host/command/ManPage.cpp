@@ -34,6 +34,13 @@ the folder of the socket
 .IR vpm.sock ,
 unless one of these says where it is
 .TP
+.B VELA_TRACE
+the levels of the text trace, on standard error, of every program that has the
+library in it:
+.IR VelaPolicyMonitor/6\-8 .
+.B \-\-trace\-levels
+goes before it
+.TP
 .B NO_COLOR
 if it is set, there are no colours, unless
 .B \-\-color always

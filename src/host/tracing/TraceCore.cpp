@@ -92,9 +92,9 @@ std::string whyNone(const std::string& path, const CoreFile& core, bool isHalf) 
   if (segment != files.end()) {
     const std::string folder = segment->substr(0, segment->rfind('/'));
     why +=
-        concat({". It was in files, which a core leaves out unless bit 3 is set in "
-                "/proc/PID/coredump_filter (0x3b, not 0x33). They have it still: vpm trace ",
-                folder, ", or ", folder, ".previous if another process has traced there since"});
+        ". It was in files, which a core leaves out unless bit 3 is set in "
+        "/proc/PID/coredump_filter (0x3b, not 0x33). They have it still: vpm trace ";
+    why += concat({folder, ", or ", folder, ".previous if another process has traced there since"});
   }
   return why;
 }

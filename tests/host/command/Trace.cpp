@@ -76,6 +76,19 @@ TEST(Trace, PrintsTheLinesOfTheTextTrace) {
             "12.500000 VelaPolicyMonitor 8 PolicyTranslatePerVrfSm.cpp");
 }
 
+TEST(Trace, OfTheEnvironmentGoesToStandardErrorUnlessTheOptionsSayOtherwise) {
+  const Folder folder;
+  const std::string translate =
+      "VELA_TRACE=VelaPolicyMonitor/6 $VPM translate --output /dev/null " +
+      folder.write("config.json", kConfig) + " 2>&1";
+  const auto lines = linesOf(shell(translate).out);
+  EXPECT_EQ(lines.size(), 4U);
+  EXPECT_THAT(lines, testing::Each(StartsWith("0.000000 VelaPolicyMonitor 6 ")));
+  EXPECT_EQ(shell(translate + " --trace " + folder.path("text") + " --trace-levels 7").out, "");
+  EXPECT_THAT(linesOf(folder.read("text")),
+              testing::Each(StartsWith("0.000000 VelaPolicyMonitor 7 ")));
+}
+
 TEST(Trace, OfARandomRunIsTheTextTraceByteForByte) {
   std::mt19937 random(20260101);
   std::string log;
