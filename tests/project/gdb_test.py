@@ -248,6 +248,26 @@ SHOWN = {
     "vela-trace 1 --level 6 --class PolicyTranslateRootSm": DECISION,
 }
 
+# In the first walk over the rules, when the collection leads to the walk and not to its entries.
+WALKED = {
+    'print *$vela("VelaL3::VelaPolicySourceConfig")': TREE,
+    'print *$vela("VelaPolicyMonitor::PolicyTranslatePerVrfSm")': """\
+VelaPolicyMonitor::PolicyTranslatePerVrfSm = {
+  flags = silent, busy 6 deep,
+  vrfName = "red",
+  netVrfName = "net-red",
+  policyV1 = VelaL3::VelaPolicyConfig["red"],
+  policyV2 = VelaL3V2::VelaPolicyConfig["net-red"],
+  perRuleSm = 0 entries,
+  cookie = VelaPolicyMonitor::UpdateCookie = {
+    updated = false
+  },
+  initialized = true,
+  initComplete = false
+}
+""",
+}
+
 # What is broken or cut short in the running agent: what is done to it, and what gdb shows then.
 BROKEN = {
     "set print elements 4\nprint $match->dstIp_": (
@@ -286,6 +306,7 @@ def gdb(prefix, arguments, commands, folder):
     """What gdb prints for each of the commands."""
     script = folder / "script.gdb"
     settings = ["print address off", "print pretty on", "width 0", "confirm off", "language c++"]
+    settings += ["breakpoint pending on"]
     lines = [f"set {setting}" for setting in settings]
     for number, command in enumerate(commands):
         lines += [f"echo \\n@{number}\\n", command]
@@ -335,14 +356,21 @@ def main():
         vpm = prefix / "bin/vpm"
         (folder / "config.json").write_text(json.dumps(DOCUMENT))
         core = folder / "core"
-        start = [
-            "tbreak Host::AgentRun::turn",  # the trees are built, and the agent waits for clients
+        walk = [
+            "tbreak VelaPolicyMonitor::PolicyTranslatePerRuleSm::handleInitialized",
             f"run agent --config {folder}/config.json --listen {folder}/socket "
             f"--trace-file {folder}/trace 2>{folder}/said",
+        ]
+        start = [
+            "tbreak Host::AgentRun::turn",  # the trees are built, and the agent waits for clients
+            "continue",
             f"generate-core-file {core}",
             'set $match = $vela("VelaL3::VelaMatchConfig")',
         ]
-        live = gdb(prefix, [vpm], [*start, *SHOWN, *BROKEN], folder)[len(start) :]
+        live = gdb(prefix, [vpm], [*walk, *WALKED, *start, *SHOWN, *BROKEN], folder)[len(walk) :]
+        for (command, expected), text in zip(WALKED.items(), live):
+            check(f"in a walk: {command}", text, expected)
+        live = live[len(WALKED) + len(start) :]
         of_files = output_of([vpm, "trace", folder / "trace"])
         shutil.rmtree(folder / "trace")  # the core is all that there is
         dead = gdb(prefix, [vpm, core], SHOWN, folder)

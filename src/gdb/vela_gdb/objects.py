@@ -83,7 +83,7 @@ class Object(Parent):
     def _flags(value):
         flags = ["listening" if value["notificationActive_"] else "silent"]
         if int(value["depth_"]) != 0:
-            flags.append(f"busy with {int(value['depth_'])} handlers")
+            flags.append(f"busy {int(value['depth_'])} deep")
         for name, word in (
             ("attention_", "something postponed"),
             ("catchingUp_", "catching up"),
