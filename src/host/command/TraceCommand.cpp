@@ -64,7 +64,9 @@ void addTrace(CommandTable& table) {
         asked->filter.scope = scopeOf(asked->subject);
         return showTrace(*asked, options.color, console);
       });
-  command.add_option("TRACE", asked->path, "the folder of --trace-file, one segment in it, or a core file")
+  command
+      .add_option("TRACE", asked->path,
+                  "the folder of --trace-file, one segment in it, or a core file")
       ->required()
       ->type_name("FILE");
   addFilters(command, asked->filter, asked->subject);
