@@ -18,7 +18,8 @@ function(vela_floor name folder)
   endif()
 endfunction()
 
-# vela_library(NAME OF FLOOR... ON LIBRARY...): a shared library made of whole floors.
+# vela_library(NAME OF FLOOR... ON LIBRARY...): a shared library made of whole floors, which exports
+# what cmake/exported.map says.
 function(vela_library name)
   cmake_parse_arguments(arg "" "" "OF;ON" ${ARGN})
   set(objects)
@@ -32,8 +33,11 @@ function(vela_library name)
         $<BUILD_INTERFACE:${CMAKE_BINARY_DIR}/view/${floor}>)
   endforeach()
   target_link_libraries(${name} PUBLIC ${arg_ON})
+  target_compile_features(${name} INTERFACE cxx_std_20)
+  set(exported ${CMAKE_SOURCE_DIR}/cmake/exported.map)
+  target_link_options(${name} PRIVATE LINKER:--version-script=${exported})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
-      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+      VERSION ${PROJECT_VERSION} SOVERSION ${VELA_ABI} LINK_DEPENDS ${exported})
 endfunction()
 
 # vela_static_library(NAME OF FLOOR...): whole floors as one archive, with what they stand on.
@@ -49,14 +53,16 @@ function(vela_static_library name)
   target_link_libraries(${name} PUBLIC ${arg_OF})
 endfunction()
 
-# vela_floor_tests(NAME FOLDER): one test program for one floor; FOLDER mirrors the floor's own.
-function(vela_floor_tests name folder library)
+# vela_floor_tests(NAME FOLDER LIBRARY...): one test program for one floor; FOLDER mirrors the
+# floor's own. A LIBRARY that is a floor gives its objects: the shared libraries keep to themselves
+# what no agent needs, and it is tested all the same.
+function(vela_floor_tests name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
   if(NOT sources)
     return()
   endif()
   add_executable(test_${name} ${sources})
-  target_link_libraries(test_${name} PRIVATE ${library} vela_test_support)
+  target_link_libraries(test_${name} PRIVATE ${ARGN} vela_test_support)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
       PROPERTIES TIMEOUT 300)
 endfunction()

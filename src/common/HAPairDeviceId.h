@@ -7,7 +7,7 @@
 
 #include "Kel/Text.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Names a high-availability pair of two firewalls as one device: the encoded set of both names,
 /// the lower one first, followed by the marker "_HAPair".

@@ -6,7 +6,7 @@
 
 #include "Kel/Text.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// How often each handler has run, and for how long, while Pario::measuring() was on. For the
 /// thread of the event loop.

@@ -3,7 +3,7 @@
 #include "Kel/Text.h"
 #include "VelaL3V2Shared/NameSet.h"
 
-namespace VelaL3V2Shared {
+namespace [[using gnu: visibility("default")]] VelaL3V2Shared {
 
 /// Turns the components of a compound name into one text and back. The text is kept in
 /// configuration keys, so its form is fixed byte for byte: the components in ascending order of

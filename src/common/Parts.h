@@ -11,7 +11,7 @@
 #include "common/TracePlace.h"
 #include "common/TranslateSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// A watched entity of a state machine: the counted pointer to it, and the slot that is registered
 /// with its publisher while the machine's notifications are on. Null is never registered.

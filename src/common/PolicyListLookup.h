@@ -4,7 +4,7 @@
 #include "Kel/Text.h"
 #include "monitor/Status.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The monitor's record that serves a device; null when there is none.
 ///

@@ -8,7 +8,7 @@
 #include "Kel/Hash.h"
 #include "Pario/Scope.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// To which device, VRF and rule a state machine belongs, for the trace.
 ///

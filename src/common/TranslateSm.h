@@ -8,7 +8,7 @@
 #include "Kel/PtrInterface.h"
 #include "Kel/Text.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 using Kel::String;
 

@@ -4,7 +4,7 @@
 
 #include "Kel/Attributes.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The flag that a per-VRF state machine shares with all machines below it: each sets it when it
 /// has changed version 2, and the per-VRF machine then stamps the time once per burst.

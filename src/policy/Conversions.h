@@ -11,7 +11,7 @@
 #include "VelaL3V2/VelaL4AppRange.h"
 #include "VelaL3V2/VelaPolicyModifier.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// By ordinal. An ordinal outside the enumeration is a broken configuration in memory and stops the
 /// process with the assertion "Should not be here".

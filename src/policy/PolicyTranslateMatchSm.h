@@ -8,7 +8,7 @@
 #include "common/Parts.h"
 #include "common/UpdateCookie.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors the seven sets of a version-1 match into the version-2 match: the leaf of the policy
 /// tree. Owned by the per-origin machine, which deletes the version-2 match; this one never does.

@@ -8,7 +8,7 @@
 #include "monitor/DevicePolicyList.h"
 #include "policy/PolicyTranslatePerVrfSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors the policies of one device: each VRF's policy under the network VRF name that the
 /// device's monitor record gives it. Reports policyConverge there. Owned by the root; owns a

@@ -7,7 +7,7 @@
 #include "VelaL3V2/VelaRuleOriginConfig.h"
 #include "policy/PolicyTranslateMatchSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors one origin of a rule: its tags, action, log flag and policy modifiers. Owned by the
 /// per-rule machine; owns the match machine, from the moment the version-1 origin has a match.

@@ -7,7 +7,7 @@
 #include "VelaL3V2/VelaRuleConfig.h"
 #include "policy/PolicyTranslatePerOriginSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors one rule: keeps the origins of both generations in step, by name. Owned by the per-VRF
 /// machine, which shares its cookie, but for the lowest priority; owns a machine per origin.

@@ -7,7 +7,7 @@
 #include "VelaL3V2/VelaPolicyConfig.h"
 #include "policy/PolicyTranslatePerRuleSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors the policy of one VRF, rule by rule, and stamps the version-2 policy once per burst of
 /// changes. Owned by the per-device machine; owns a machine per priority, and the cookie that they

@@ -8,7 +8,7 @@
 #include "monitor/Status.h"
 #include "policy/PolicyTranslatePerDeviceSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The top of the policy tree: keeps the version-2 policy source at exactly one policy set for each
 /// version-1 device that a monitor record serves. Created by the agent; owns a machine per such
@@ -73,5 +73,11 @@ Brix::Ptr<PolicyTranslateRootSm> policyTranslateRootSmFactory(
     const Brix::Ptr<const VelaL3::VelaPolicySourceConfig>& policySrcV1,
     const Brix::Ptr<VelaL3V2::VelaPolicySourceConfig>& policySrcV2,
     const Brix::Ptr<Status>& vpmStatus);
+
+/// The name under which dlsym finds the factory.
+inline constexpr const char* kPolicyTranslateRootSmFactory =
+    "_ZN17VelaPolicyMonitor28policyTranslateRootSmFactoryERKN4Brix3PtrIKN6VelaL3"
+    "22VelaPolicySourceConfigEEERKNS1_IN8VelaL3V222VelaPolicySourceConfigEEERKNS1_INS_"
+    "6StatusEEE";
 
 }  // namespace VelaPolicyMonitor

@@ -8,7 +8,7 @@
 #include "common/Parts.h"
 #include "common/UpdateCookie.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors the reachable subnets of one layer-3 interface: the leaf of the service-device tree.
 /// Owned by the per-VRF machine, which deletes the version-2 interface; this one never does.

@@ -8,7 +8,7 @@
 #include "monitor/DevicePolicyList.h"
 #include "servicedevice/PerVrfServiceDeviceTranslateSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors one service device: each VRF under the network VRF name that the device's monitor record
 /// gives it, and the record's traffic inspection. Reports serviceDeviceConverge there. Owned by the

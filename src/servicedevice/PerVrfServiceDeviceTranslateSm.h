@@ -7,7 +7,7 @@
 #include "VelaL3V2/NetVrfConfig.h"
 #include "servicedevice/PerL3IntfServiceDeviceTranslateSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// Mirrors one VRF of a service device into a network VRF, interface by interface, and stamps it
 /// once per burst of changes. Owned by the per-device machine; owns a machine per interface, and

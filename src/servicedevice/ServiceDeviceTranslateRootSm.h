@@ -8,7 +8,7 @@
 #include "monitor/Status.h"
 #include "servicedevice/PerServiceDeviceTranslateSm.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The top of the service-device tree: keeps the version-2 source at exactly one device for each
 /// version-1 device that a monitor record serves. Created by the agent; owns a machine per such
@@ -75,5 +75,11 @@ Brix::Ptr<ServiceDeviceTranslateRootSm> serviceDeviceTranslateRootSmFactory(
     const Brix::Ptr<const VelaL3::ServiceDeviceSourceConfig>& sdSourceV1,
     const Brix::Ptr<VelaL3V2::ServiceDeviceSourceConfig>& sdSourceV2,
     const Brix::Ptr<Status>& vpmStatus);
+
+/// The name under which dlsym finds the factory.
+inline constexpr const char* kServiceDeviceTranslateRootSmFactory =
+    "_ZN17VelaPolicyMonitor35serviceDeviceTranslateRootSmFactoryERKN4Brix3PtrIKN6"
+    "VelaL325ServiceDeviceSourceConfigEEERKNS1_IN8VelaL3V225ServiceDeviceSourceConfigEEE"
+    "RKNS1_INS_6StatusEEE";
 
 }  // namespace VelaPolicyMonitor

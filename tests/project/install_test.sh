@@ -1,33 +1,59 @@
 #!/usr/bin/env bash
-# usage: install_test.sh SOURCE_DIR BUILD_DIR COMPILER LIBDIR
-# What is installed is whole: the agent of the examples compiles with the installed headers alone,
-# links and runs with the installed libraries, and the installed program finds them by itself. Its
-# manual page and completions are there.
+# usage: install_test.sh SOURCE_DIR BUILD_DIR LIBDIR
+# What is installed is whole, and goes on to work after it was moved: no text of it names a path of
+# the build or the place where it was first, the program finds its libraries and the libraries each
+# other, and its manual page, its completions, the modules and the unit are good.
 set -euo pipefail
 
 source=$1
 build=$2
-compiler=$3
-libdir=$4
-prefix=$(mktemp -d)
-trap 'rm -rf "$prefix"' EXIT
+libdir=$3
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+first=$scratch/first/usr
+prefix=$scratch/second
+failures=0
 
-cmake --install "$build" --prefix "$prefix" >"$prefix/said" || { cat "$prefix/said" && exit 1; }
+fail() {
+  printf 'FAILED: %s\n' "$*"
+  failures=$((failures + 1))
+}
 
-"$compiler" -std=c++20 -Wall -Wextra -Wpedantic -Werror "$source/examples/agent.cpp" \
-  -I "$prefix/include/velapolicytranslate" -o "$prefix/agent" -L "$prefix/$libdir" \
-  -lvelapolicytranslate -lvelamodel -lvelaframework -Wl,-rpath,"$prefix/$libdir"
-printed=$("$prefix/agent")
-printf '%s\n' "$printed"
-[[ $printed == 'rule 20000 of net-red: 10.1.0.0/16' ]] || { echo 'FAILED: the agent' && exit 1; }
+cmake --install "$build" --prefix "$first" >"$scratch/said" || { cat "$scratch/said" && exit 1; }
+mv "$first" "$prefix"
 
-version=$("$prefix/bin/vpm" --version)
+for path in "$source" "$build" "$scratch/first"; do
+  ! grep -rIlF -- "$path" "$prefix" || fail "the files above name $path"
+done
+
+version=$("$prefix/bin/vpm" --version) || fail "the program does not start"
 printf '%s\n' "$version"
-[[ $version == vpm\ [0-9]* ]] || { echo 'FAILED: the program' && exit 1; }
+[[ $version == vpm\ [0-9]* ]] || fail "the program is of version \"$version\""
+for library in velaframework velamodel velapolicytranslate; do
+  file=$prefix/$libdir/lib$library.so
+  soname=$(readelf -d "$file" | sed -nE 's/.*SONAME.*\[(.*)\]/\1/p')
+  printf '%s\n' "$soname"
+  [[ $soname =~ ^lib$library\.so\.[0-9]+$ ]] || fail "lib$library.so calls itself \"$soname\""
+  [[ $(readlink -f "$prefix/$libdir/$soname") == "$prefix/$libdir/lib$library.so".*.*.* ]] ||
+    fail "$soname does not lead to a library with a version"
+  ! ldd "$file" | grep -E 'not found|libvela' | grep -vF "$prefix/" ||
+    fail "lib$library.so does not find its neighbours"
+done
 
 for file in man/man1/vpm.1 bash-completion/completions/vpm zsh/site-functions/_vpm \
   fish/vendor_completions.d/vpm.fish; do
-  [[ -s $prefix/share/$file ]] || { echo "FAILED: share/$file" && exit 1; }
+  [[ -s $prefix/share/$file ]] || fail "share/$file is missing"
 done
+yanglint -p "$prefix/share/yang" "$prefix"/share/yang/vela-*.yang || fail "the YANG modules"
 
-yanglint -p "$prefix/share/yang" "$prefix"/share/yang/vela-*.yang
+# Where there is a systemd, it has an opinion about the unit.
+unit=$prefix/lib/systemd/system/vpm-agent.service
+grep -q '^ExecStart=vpm agent ' "$unit" || fail "the unit starts something else"
+if command -v systemd-analyze >/dev/null; then
+  sed "s#^ExecStart=vpm#ExecStart=$prefix/bin/vpm#; /^Documentation/d" "$unit" \
+    >"$scratch/vpm-agent.service"
+  said=$(systemd-analyze verify "$scratch/vpm-agent.service" 2>&1) || fail "the unit: $said"
+  [[ -z $said ]] || fail "the unit: $said"
+fi
+
+exit $((failures > 0))

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 
 /// Whether reference counts are changed by atomic read-modify-write. Off (the default) while one
 /// event loop owns all objects; switch it on before a second thread holds a pointer.

@@ -6,7 +6,7 @@
 #include <functional>
 #include <utility>
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 
 /// Tag: the pointer takes over the reference that the caller already holds (that of `new`).
 struct Adopt {};

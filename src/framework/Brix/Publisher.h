@@ -7,7 +7,7 @@
 #include "Brix/Counted.h"
 #include "Brix/Subscriber.h"
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 
 /// The subscribers of one object, in one word: none, a single one, or a list.
 ///

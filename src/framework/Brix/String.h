@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 
 /// Immutable text, 8 bytes wide, shared by count: a copy costs an increment and no memory, so a
 /// name that is key of an entity, of its mirror image and of a state machine is stored once.

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 
 class Publisher;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Writes `<file>:<line>: <function>: assertion "<conditionText>" failed: <message>` and a line
 /// break to standard error and aborts. `function` is a literal with the signature of the caller,

@@ -2,7 +2,8 @@
 
 #include "Kel/Entity.h"
 
-namespace Kel::Impl {
+namespace [[using gnu: visibility("default")]] Kel {
+namespace Impl {
 
 // The rows of entities. Each operation is the same few lines for every attribute of its kind: from
 // the nameless object to the attribute by its member pointer, from the nameless key to its type.
@@ -167,7 +168,8 @@ constexpr Seconds initial<Seconds>() {
   return kNoTime;
 }
 
-}  // namespace Kel::Impl
+}  // namespace Impl
+}  // namespace Kel
 
 // The words in which an entity declares its attributes. Each takes the attribute's fixed id first,
 // declares the member, its operations (named after the attribute), the constant `<name>Attr` with

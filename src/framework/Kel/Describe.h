@@ -4,7 +4,7 @@
 
 #include "Kel/ValueType.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Puts value types on the list that forEachValueType walks; one static object per source file.
 class ValueTypeRegistration {

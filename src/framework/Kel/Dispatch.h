@@ -10,7 +10,7 @@
 #include "Kel/PtrInterface.h"
 #include "Kel/Rows.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 // Dispatch tables: which handler of a state machine runs when which attribute of a watched entity
 // changes. A table is a constexpr constant with one row per attribute that is reacted to:

@@ -12,7 +12,7 @@
 #include "Kel/ValueMap.h"
 #include "Kel/ValueType.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Entries are kept in a hash map, or sorted where their key type asks for it (kelOrdered).
 template <class T, auto KeyOf>

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A number of events since the process began. Any thread may read it at any time. It is exact as
 /// long as one thread at a time counts: what two count at the same instant may be one, which is

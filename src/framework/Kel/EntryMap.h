@@ -11,7 +11,7 @@
 #include "Kel/PackedPointer.h"
 #include "Kel/Table.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// An unordered map of counted objects that know their own key, one pointer wide and without memory
 /// while it is empty.

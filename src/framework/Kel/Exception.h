@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// The base of all exceptions of the framework; caught by type across the library's boundary.
-class [[gnu::visibility("default")]] Exception : public std::exception {
+class Exception : public std::exception {
  public:
   explicit Exception(const std::string& message);
   Exception(const Exception&) noexcept = default;
@@ -21,14 +21,14 @@ class [[gnu::visibility("default")]] Exception : public std::exception {
 };
 
 /// A value outside what its type allows.
-class [[gnu::visibility("default")]] RangeException : public Exception {
+class RangeException : public Exception {
  public:
   using Exception::Exception;
   ~RangeException() override;
 };
 
 /// A child exists under the key, and it was built from other objects than those given now.
-class [[gnu::visibility("default")]] ReinstantiationException : public Exception {
+class ReinstantiationException : public Exception {
  public:
   using Exception::Exception;
   ~ReinstantiationException() override;

@@ -7,7 +7,7 @@
 
 #include "Brix/String.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Spreads `value` over 32 bits, each of which depends on every bit of it.
 constexpr std::uint32_t hashOfNumber(std::uint64_t value) noexcept {

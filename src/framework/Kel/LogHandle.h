@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A log message that the program can raise, known from the moment its library is loaded, so that a
 /// catalogue of all messages, with what they mean and what to do, can be printed at any time.

@@ -6,7 +6,7 @@
 #include "Brix/Publisher.h"
 #include "Kel/PtrInterface.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Calls a function at every change of one object, until it goes away. Keeps the object alive.
 ///

@@ -13,7 +13,7 @@
 #include "Kel/SortedChunks.h"
 #include "Kel/SortedWalk.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A map of counted objects that know their own key, walked from the highest key to the lowest. One
 /// pointer wide and without memory while it is empty.

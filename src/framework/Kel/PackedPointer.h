@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstdint>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A pointer that needs the alignment of 32-bit numbers only, so that a slot of a pointer and a
 /// 32-bit number has 12 bytes and not 16. It owns nothing.

@@ -5,7 +5,7 @@
 #include "Brix/Publisher.h"
 #include "Kel/TypeDescriptor.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 using Brix::AttrId;
 using Brix::threadSafePointers;

@@ -8,7 +8,7 @@
 #include "Kel/PtrInterface.h"
 #include "Kel/TypeDescriptor.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 // Collecting the rows of a type. Each attribute declares one function `kelRow(Id<n>)` that returns
 // its row; the compiler finds them by asking, for every number of the window in which attribute

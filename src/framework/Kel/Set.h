@@ -8,7 +8,7 @@
 #include "Kel/Hash.h"
 #include "Kel/Table.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// An unordered set of plain values, one pointer wide and without memory while it is empty.
 ///

@@ -8,7 +8,7 @@
 #include "Brix/Counted.h"
 #include "Kel/EntityCounts.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Memory for the objects of one type, and the count of them.
 ///

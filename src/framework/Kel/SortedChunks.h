@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// Slots sorted by their member `key`, highest first, in chunks of up to 64. An insertion moves at
 /// most one chunk and one line of the directory, so that any number of slots may come in any order.

@@ -2,7 +2,7 @@
 
 #include "Kel/Walk.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A walk over a sorted collection: it remembers its place, and looks for the key after its own
 /// when the collection has changed since.

@@ -4,7 +4,8 @@
 
 #include "Kel/Text.h"
 
-namespace Kel::System {
+namespace [[using gnu: visibility("default")]] Kel {
+namespace System {
 
 /// The time since the epoch of the clock. Without a clock of one's own that is the system's time of
 /// day, in seconds since 1970 with a resolution of about a quarter of a microsecond.
@@ -15,4 +16,5 @@ Seconds currentTime();
 /// throw: time is also read where nothing may fail.
 void clockIs(std::function<Seconds()> clock);
 
-}  // namespace Kel::System
+}  // namespace System
+}  // namespace Kel

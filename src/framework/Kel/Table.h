@@ -6,7 +6,7 @@
 #include "Kel/TableBlock.h"
 #include "Kel/TableWalk.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// What Set and EntryMap have in common: hashed slots, in the order of their insertion until one is
 /// taken away, in one block of memory, and the walks over them (Walk.h).

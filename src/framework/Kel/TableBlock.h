@@ -10,7 +10,7 @@
 
 #include "Kel/TableIndex.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// The memory of a Table: this head, then an index, then slots without gaps. There is no index for
 /// up to 8 slots: comparing them all is faster than hashing.

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// The index of a Table: where the slot of a given hash is. Open addressing with linear probing.
 ///

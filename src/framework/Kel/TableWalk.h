@@ -7,7 +7,7 @@
 
 #include "Kel/Walk.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A walk over a Table. The slots before its first boundary have had their turn, those from its
 /// second on were inserted after it began. Whatever moves slots moves the boundaries with them.

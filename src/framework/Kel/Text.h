@@ -9,7 +9,7 @@
 
 #include "Brix/String.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 using String = Brix::String;
 

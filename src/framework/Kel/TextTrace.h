@@ -45,7 +45,8 @@
 ///
 /// **End of the process.** Facilities, their list and the sink are never destroyed: destructors
 /// that run after main returns still write their lines.
-namespace Kel::TextTrace {
+namespace [[using gnu: visibility("default")]] Kel {
+namespace TextTrace {
 
 /// A set of levels: bit L is level L. Only bits 0 to 9 are ever set.
 using Levels = std::uint32_t;
@@ -137,4 +138,5 @@ void write(const Line& line) noexcept;
 /// How many lines were lost since the start of the process.
 std::uint64_t linesLost() noexcept;
 
-}  // namespace Kel::TextTrace
+}  // namespace TextTrace
+}  // namespace Kel

@@ -6,11 +6,11 @@
 
 #include "Brix/Subscriber.h"
 
-namespace Brix {
+namespace [[using gnu: visibility("default")]] Brix {
 class Publisher;
 }
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 class PtrInterface;
 struct TypeDescriptor;

@@ -10,7 +10,7 @@
 
 #include "Kel/SortedWalk.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// A map of few values, sorted by key and walked from the lowest key to the highest. One pointer
 /// wide and without memory while it is empty.

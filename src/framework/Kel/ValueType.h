@@ -10,7 +10,7 @@
 
 #include "Kel/Text.h"
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 /// How a value of some type is written in RFC 7951 JSON.
 enum class Encoding : std::uint8_t {

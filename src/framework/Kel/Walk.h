@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Kel {
+namespace [[using gnu: visibility("default")]] Kel {
 
 class Walk;
 

@@ -7,7 +7,7 @@
 #include "Brix/Publisher.h"
 #include "Kel/PtrInterface.h"
 
-namespace KelBrix {
+namespace [[using gnu: visibility("default")]] KelBrix {
 
 /// An observer of the old style: told which attribute of one object has changed, and its new value
 /// (null when there is none). It does not keep the object alive, nor the object it; whoever owns it

@@ -4,7 +4,7 @@
 
 #include "Lumo/TraceFile.h"
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 namespace Impl {
 extern std::atomic<TraceFile*> defaultFile;

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 using Uuid = std::array<std::uint8_t, 16>;
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// The first bytes of a segment. Exactly the packet header and context that the metadata describes.
 struct PacketHeader {

@@ -9,7 +9,7 @@
 
 #include "Lumo/Site.h"
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// One value of a record, where it lies.
 struct RecordedValue {

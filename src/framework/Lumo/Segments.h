@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// The memory of a ring: `count` segments of `size` bytes behind one another, each the image of a
 /// file when there is a directory.

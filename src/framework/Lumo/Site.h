@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// How a value lies in a record. All numbers are little-endian, nothing is aligned.
 enum class Kind : std::uint8_t {

@@ -14,7 +14,7 @@
 #include "Lumo/Site.h"
 #include "Lumo/WriterLock.h"
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// A ring of records in memory that outlives its process.
 ///

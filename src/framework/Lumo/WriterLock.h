@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace Lumo {
+namespace [[using gnu: visibility("default")]] Lumo {
 
 /// A number of the calling thread that no other living thread has; never 0.
 inline std::uintptr_t thisThread() noexcept {

@@ -14,7 +14,8 @@
 
 // How the pieces of a message lie in a record of the binary trace.
 
-namespace Pario::Impl {
+namespace [[using gnu: visibility("default")]] Pario {
+namespace Impl {
 
 /// The type of a value as the binary trace knows it.
 template <class T>
@@ -127,4 +128,5 @@ decltype(auto) withoutNul(const T& piece) {
   }
 }
 
-}  // namespace Pario::Impl
+}  // namespace Impl
+}  // namespace Pario

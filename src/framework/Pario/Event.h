@@ -2,7 +2,7 @@
 
 #include "Pario/Listening.h"
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 namespace Impl {
 void enterEvent() noexcept;

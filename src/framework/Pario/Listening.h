@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 /// Who listens to what: bit L, some facility of the text trace listens to level L; bit 16 + L, the
 /// binary trace does; kMeasure, the runs of handlers are timed. Read-only for everybody else.

@@ -5,7 +5,7 @@
 #include "Kel/TextTrace.h"
 #include "Lumo/Records.h"
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 /// Appends a value as messages have it, its control bytes as they are. Value types are found by
 /// their names (Kel::forEachValueType); a value of a type that this process does not know is

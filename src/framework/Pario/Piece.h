@@ -9,7 +9,7 @@
 #include "Kel/Text.h"
 #include "Kel/TextTrace.h"
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 /// Literal text that is not a literal at the place of the call, for instance from a table of
 /// messages. Like a literal it belongs to the site, so it must live as long as the process.

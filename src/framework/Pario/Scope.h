@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 /// To what a message belongs, as bits whose meaning is that of the program that traces; 0: to
 /// nothing in particular. Every record of the binary trace has one, so that a reader can choose.

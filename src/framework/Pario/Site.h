@@ -10,7 +10,7 @@
 #include "Lumo/Site.h"
 #include "Pario/Scope.h"
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 
 /// Where a message comes from and how it begins. All texts must live as long as the process: their
 /// addresses identify the site. The message is scope, form and pieces with nothing between.

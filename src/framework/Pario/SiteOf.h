@@ -11,7 +11,8 @@
 
 // From the pieces of a call to its site.
 
-namespace Pario::Impl {
+namespace [[using gnu: visibility("default")]] Pario {
+namespace Impl {
 
 template <class T>
 constexpr auto typeFunction() -> const Lumo::ValueType* (*)() {
@@ -76,4 +77,5 @@ const Site* siteOf(const Line& line, const Pieces&... pieces) noexcept {
   return newSiteOf(line, pieces...);
 }
 
-}  // namespace Pario::Impl
+}  // namespace Impl
+}  // namespace Pario

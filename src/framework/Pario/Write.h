@@ -14,7 +14,7 @@
 #include "Pario/Site.h"
 #include "Pario/SiteOf.h"
 
-namespace Pario {
+namespace [[using gnu: visibility("default")]] Pario {
 namespace Impl {
 
 /// A record that was started: where its values go, null when there is none.

@@ -10,7 +10,7 @@
 
 #include "Brix/String.h"
 
-namespace L3 {
+namespace [[using gnu: visibility("default")]] L3 {
 
 /// The name of a VRF on its device: any text of 0 to 100 bytes.
 ///

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace Norv {
+namespace [[using gnu: visibility("default")]] Norv {
 
 /// An IPv4 or an IPv6 address. Seventeen bytes without alignment, because millions are stored.
 ///

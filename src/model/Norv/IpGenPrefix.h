@@ -9,7 +9,7 @@
 
 #include "Norv/IpGenAddr.h"
 
-namespace Norv {
+namespace [[using gnu: visibility("default")]] Norv {
 
 /// A range of addresses that share their first `length` bits. Eighteen bytes without alignment.
 ///

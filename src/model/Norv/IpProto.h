@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace Norv {
+namespace [[using gnu: visibility("default")]] Norv {
 
 /// The number of a protocol above IP: 6 is TCP, 17 is UDP.
 class IpProto {

@@ -10,7 +10,7 @@
 
 #include "Brix/String.h"
 
-namespace Vela {
+namespace [[using gnu: visibility("default")]] Vela {
 
 /// The name of a device, or of a pair of devices, as the version-2 collections are keyed by it: the
 /// version-1 name unchanged, of any length.

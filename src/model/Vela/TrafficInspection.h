@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace Vela {
+namespace [[using gnu: visibility("default")]] Vela {
 
 /// Which traffic a device inspects, as a set of bits: TrafficInspection{0x02} is unified
 /// inspection.

@@ -4,7 +4,7 @@
 #include "Norv/Norv.h"
 #include "VelaL3/Module.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// One layer-3 interface of a VRF, by its address: the subnets reachable through it.
 class L3IntfConfig final : public Kel::Entity<L3IntfConfig, Type::l3Intf> {

@@ -4,7 +4,7 @@
 
 #include "Kel/TypeDescriptor.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The entity types of this module, by their fixed indices.
 enum class Type : std::uint16_t {

@@ -2,7 +2,7 @@
 
 #include "VelaL3/VrfConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// One service device: a firewall, or a pair of firewalls.
 class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::serviceDevice> {

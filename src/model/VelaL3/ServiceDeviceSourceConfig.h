@@ -2,7 +2,7 @@
 
 #include "VelaL3/ServiceDeviceConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// All service devices: the root of the service-device tree.
 class ServiceDeviceSourceConfig final

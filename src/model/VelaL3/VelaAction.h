@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// What a rule does with the traffic that it matches.
 enum class VelaAction : std::uint8_t { forward, drop, redirect };

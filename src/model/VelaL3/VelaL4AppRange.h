@@ -6,7 +6,7 @@
 
 #include "Kel/Hash.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The ports from `first` to `last` of an IP protocol; their order is not checked.
 struct VelaL4AppRange {

@@ -7,7 +7,7 @@
 #include "VelaL3/VelaL4App.h"
 #include "VelaL3/VelaL4AppRange.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// What traffic a rule applies to: sets of criteria. The two sets of source layer-4 applications
 /// are configured here and not translated.

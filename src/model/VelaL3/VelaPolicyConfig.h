@@ -3,7 +3,7 @@
 #include "L3/VrfName.h"
 #include "VelaL3/VelaRuleConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The policy of one VRF: its rules by priority, and the time at which the last burst of changes
 /// ended. Writing that time, also an equal one, is the signal that the burst is complete.

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// How the policy of a rule is applied.
 enum class VelaPolicyModifier : std::uint8_t { symmetric, stateless };

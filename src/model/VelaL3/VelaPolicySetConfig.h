@@ -2,7 +2,7 @@
 
 #include "VelaL3/VelaPolicyConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The policies of one device, by VRF.
 class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::policySet> {

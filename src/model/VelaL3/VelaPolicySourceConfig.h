@@ -2,7 +2,7 @@
 
 #include "VelaL3/VelaPolicySetConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The policies of all devices: the root of the policy tree.
 class VelaPolicySourceConfig final

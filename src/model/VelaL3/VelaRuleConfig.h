@@ -3,7 +3,7 @@
 #include "VelaL3/VelaPriority.h"
 #include "VelaL3/VelaRuleOriginConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// One rule of a policy: its origins by name.
 class VelaRuleConfig final : public Kel::Entity<VelaRuleConfig, Type::rule> {

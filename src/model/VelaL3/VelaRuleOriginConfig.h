@@ -4,7 +4,7 @@
 #include "VelaL3/VelaMatchConfig.h"
 #include "VelaL3/VelaPolicyModifier.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// One origin of a rule: who asked for it, and what it says. An absent action means forward, an
 /// absent log flag false, absent tags the empty text.

@@ -3,7 +3,7 @@
 #include "L3/VrfName.h"
 #include "VelaL3/L3IntfConfig.h"
 
-namespace VelaL3 {
+namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// One VRF of a service device: its interfaces by address, and the time at which the last burst of
 /// changes ended. Writing that time, also an equal one, is the signal that the burst is complete.

@@ -4,7 +4,7 @@
 #include "Norv/Norv.h"
 #include "VelaL3V2/Module.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// One layer-3 interface of a VRF, by its address: the subnets reachable through it.
 class L3IntfConfig final : public Kel::Entity<L3IntfConfig, Type::l3Intf> {

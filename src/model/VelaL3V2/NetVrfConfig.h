@@ -3,7 +3,7 @@
 #include "L3/VrfName.h"
 #include "VelaL3V2/L3IntfConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// One network VRF of a service device: the VRF that it was made from (empty until that is known),
 /// the time of its last change (absent until the first one), and its interfaces by address.

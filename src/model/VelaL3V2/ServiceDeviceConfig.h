@@ -4,7 +4,7 @@
 #include "Vela/TrafficInspection.h"
 #include "VelaL3V2/NetVrfConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// One service device: its network VRFs by name, and how its traffic is inspected.
 class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::serviceDevice> {

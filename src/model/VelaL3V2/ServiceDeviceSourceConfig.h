@@ -2,7 +2,7 @@
 
 #include "VelaL3V2/ServiceDeviceConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// All service devices: the root of the service-device tree.
 class ServiceDeviceSourceConfig final

@@ -7,7 +7,7 @@
 #include "Kel/Hash.h"
 #include "Norv/IpGenAddr.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// The addresses from `first` to `last`; their order is not checked.
 struct VelaIpRange {

@@ -6,7 +6,7 @@
 
 #include "Kel/Hash.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// A layer-4 application: a port of an IP protocol.
 struct VelaL4App {

@@ -7,7 +7,7 @@
 #include "VelaL3V2/VelaL4App.h"
 #include "VelaL3V2/VelaL4AppRange.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// What traffic a rule applies to: seven sets of criteria.
 class VelaMatchConfig final : public Kel::Entity<VelaMatchConfig, Type::match> {

@@ -2,7 +2,7 @@
 
 #include "VelaL3V2/VelaRuleConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// The policy of one network VRF: its rules by priority, and the time of its last change (absent
 /// until the first one).

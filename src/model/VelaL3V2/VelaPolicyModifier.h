@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// How the policy of a rule is applied.
 enum class VelaPolicyModifier : std::uint8_t { symmetric, stateless };

@@ -3,7 +3,7 @@
 #include "Vela/DeviceName.h"
 #include "VelaL3V2/VelaPolicyConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// The policies of one device, by network VRF name.
 class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::policySet> {

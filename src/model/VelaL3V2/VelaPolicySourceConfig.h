@@ -2,7 +2,7 @@
 
 #include "VelaL3V2/VelaPolicySetConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// The policies of all devices: the root of the policy tree.
 class VelaPolicySourceConfig final

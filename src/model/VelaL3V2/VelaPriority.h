@@ -7,7 +7,7 @@
 
 #include "Kel/Hash.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// A rule's priority, 10000 (lowest) to 30000 (highest). Rules are kept in its order.
 class VelaPriority {

@@ -3,7 +3,7 @@
 #include "VelaL3V2/VelaPriority.h"
 #include "VelaL3V2/VelaRuleOriginConfig.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// One rule of a policy: its origins by name.
 class VelaRuleConfig final : public Kel::Entity<VelaRuleConfig, Type::rule> {

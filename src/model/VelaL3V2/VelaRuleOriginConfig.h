@@ -4,7 +4,7 @@
 #include "VelaL3V2/VelaMatchConfig.h"
 #include "VelaL3V2/VelaPolicyModifier.h"
 
-namespace VelaL3V2 {
+namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// One origin of a rule: who asked for it, and what it says.
 class VelaRuleOriginConfig final : public Kel::Entity<VelaRuleOriginConfig, Type::origin> {

@@ -5,7 +5,7 @@
 
 #include "Kel/Text.h"
 
-namespace VelaL3V2Shared {
+namespace [[using gnu: visibility("default")]] VelaL3V2Shared {
 
 /// The components of a compound name, by index. Indices need not be contiguous; a missing component
 /// reads as the empty text, and reading it does not make it.

@@ -5,7 +5,7 @@
 #include "Vela/TrafficInspection.h"
 #include "monitor/Module.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The monitor's record of one device: how its VRFs are called in the network and how its traffic
 /// is inspected, written by the monitor; and whether the device's policies and its service-device

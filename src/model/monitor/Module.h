@@ -4,7 +4,7 @@
 
 #include "Kel/TypeDescriptor.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// The monitor's types, by their fixed indices in the monitor's module.
 enum class MonitorType : std::uint16_t { status, devicePolicyList };

@@ -2,7 +2,7 @@
 
 #include "monitor/DevicePolicyList.h"
 
-namespace VelaPolicyMonitor {
+namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
 /// What the monitor knows: one record per device.
 class Status final : public Kel::Entity<Status, MonitorType::status> {
