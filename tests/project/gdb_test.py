@@ -268,6 +268,13 @@ VelaPolicyMonitor::PolicyTranslatePerVrfSm = {
 """,
 }
 
+
+def refused(command):
+    """Prints the error of the command."""
+    lines = ["python", "try:", f"  gdb.execute('{command}')", "except gdb.error as error:"]
+    return "\n".join([*lines, "  print(error)", "end"])
+
+
 # What is broken or cut short in the running agent: what is done to it, and what gdb shows then.
 BROKEN = {
     "set print elements 4\nprint $match->dstIp_": (
@@ -298,6 +305,13 @@ VelaPolicyMonitor::DevicePolicyList = {
     'set var *(long*)$vela("VelaPolicyMonitor::PolicyTranslateMatchSm") = 64\n'
     'print *(Kel::PtrInterface*)$vela("VelaPolicyMonitor::PolicyTranslateMatchSm")': (
         "Kel::PtrInterface = {\n  <unreadable> = <Kel::PtrInterface has no descriptor>\n}\n"
+    ),
+    refused('print $vela("VelaL3::VrfConfig")'): (
+        "There is no object of the type VelaL3::VrfConfig. vela-objects lists the types that have."
+        "\n"
+    ),
+    "set var *(long*)&Lumo::Impl::defaultFile = 0\n" + refused("vela-trace"): (
+        "The process writes no binary trace.\n"
     ),
 }
 

@@ -9,7 +9,7 @@ def _slabs():
     """The memory of every type, sorted by the types' names (Kel/Slab.h)."""
     where = address_of("Kel::(anonymous namespace)::slabList()::all")
     if where is None:
-        raise gdb.GdbError("The library is not loaded, or its symbols are not known.")
+        raise gdb.GdbError("The library is not here, or has no symbols.")
     where = int(at(where, "unsigned long"))  # what the reference refers to
     if where == 0:
         return []  # no object was ever made
@@ -47,7 +47,7 @@ The names of the types are what vela-objects lists."""
         slabs = [slab for slab in _slabs() if slab["typeName_"].string() == name]
         for slab in slabs:
             for address in _objects(slab):
-                return gdb.Value(address).cast(gdb.lookup_type(name).pointer())
+                return at(address, name).address
         live = sum(int(slab["live_"]) for slab in slabs)
         raise gdb.GdbError(
             f"There are {live} objects of the type {name}, in memory that is full: find one from "
@@ -64,8 +64,9 @@ class ListObjects(gdb.Command):
         super().__init__("vela-objects", gdb.COMMAND_DATA)
 
     def invoke(self, argument, from_tty):
+        slabs = _slabs()
         gdb.write(f"{'live':>12}{'peak':>12}  type\n")
-        for slab in _slabs():
+        for slab in slabs:
             numbers = f"{int(slab['live_']):12}{int(slab['peak_']):12}"
             gdb.write(f"{numbers}  {slab['typeName_'].string()}\n")
 

@@ -23,10 +23,19 @@ def address_of(symbol):
         return None
 
 
+def named(name):
+    """The type of this name."""
+    try:
+        return gdb.lookup_type(name)
+    except gdb.error as error:
+        why = f"The library is not here, or has no debug information: {error}"
+        raise gdb.GdbError(why) from error
+
+
 def at(address, kind):
     """The object at this address, of a type that may be given by its name."""
     if isinstance(kind, str):
-        kind = gdb.lookup_type(kind)
+        kind = named(kind)
     return gdb.Value(address).cast(kind.strip_typedefs().pointer()).dereference()
 
 

@@ -8,7 +8,7 @@ import tempfile
 
 import gdb
 
-from .reading import at
+from .reading import at, named
 
 
 def _pointee(unique_ptr, kind):
@@ -20,7 +20,7 @@ def _ring():
     """The segments of the trace that the process writes (Lumo/Segments.h)."""
     symbol = gdb.lookup_global_symbol("Lumo::Impl::defaultFile")
     if symbol is None:
-        raise gdb.GdbError("The library is not loaded, or has no debug information.")
+        raise gdb.GdbError("The library is not here, or has no debug information.")
     file = int(at(int(symbol.value().address), "unsigned long"))
     if file == 0:
         raise gdb.GdbError("The process writes no binary trace.")
@@ -32,7 +32,7 @@ def _save(ring, folder):
     memory = gdb.selected_inferior()
     metadata = ring["metadata_"]
     kept = memory.read_memory(metadata["_M_ptr"], metadata["_M_extent"]["_M_extent_value"])
-    (folder / "metadata").write_bytes(kept[gdb.lookup_type("Lumo::MetadataHeader").sizeof :])
+    (folder / "metadata").write_bytes(kept[named("Lumo::MetadataHeader").sizeof :])
     size = int(ring["size_"])
     for index in range(int(ring["count_"])):
         segment = memory.read_memory(ring["memory_"] + index * size, size)
@@ -64,10 +64,10 @@ vela-trace 20 --level 6 --vrf red."""
 
     def invoke(self, argument, from_tty):
         count, *options = gdb.string_to_argv(argument) or ["10"]
+        ring = _ring()
         program = _program()
         if program is None:
             raise gdb.GdbError("vpm, which prints the trace, is neither installed nor on the PATH.")
-        ring = _ring()
         with tempfile.TemporaryDirectory() as name:
             try:
                 _save(ring, pathlib.Path(name))
