@@ -75,14 +75,15 @@ class Children {
   /// stack): a child of its would empty, at its own end, what the successor's wrote.
   template <class Owner, class... Args>
   Brix::Ptr<Child> keepOrReplace(Owner& owner, const Key& key, const Args&... args) {
-    const Busy busy{owner};
-    if (Child* const there = find(key)) {
-      if (there->builtFrom(args...)) {
-        return Brix::Ptr<Child>(there);
+    return Busy::during(owner, [&]() -> Brix::Ptr<Child> {
+      if (Child* const there = find(key)) {
+        if (there->builtFrom(args...)) {
+          return Brix::Ptr<Child>(there);
+        }
+        return replace(owner, key, args...);
       }
-      return replace(owner, key, args...);
-    }
-    return owner.retired() ? nullptr : add(owner, key, args...);
+      return owner.retired() ? nullptr : add(owner, key, args...);
+    });
   }
 
   /// The child under `key`, built now if there is none; one that was built from other objects
@@ -92,17 +93,18 @@ class Children {
   template <class Owner, class... Args>
   Brix::Ptr<Child> keepOrThrow(Owner& owner, const char* collection, const Key& key,
                                const Args&... args) {
-    const Busy busy{owner};
-    if (Child* const there = find(key)) {
-      if (there->builtFrom(args...)) {
-        return Brix::Ptr<Child>(there);
+    return Busy::during(owner, [&]() -> Brix::Ptr<Child> {
+      if (Child* const there = find(key)) {
+        if (there->builtFrom(args...)) {
+          return Brix::Ptr<Child>(there);
+        }
+        if (!owner.catchingUp()) {
+          Kel::Impl::throwMutatorReinstantiating(collection, Kel::textOf(key));
+        }
+        return replace(owner, key, args...);
       }
-      if (!owner.catchingUp()) {
-        Kel::Impl::throwMutatorReinstantiating(collection, Kel::textOf(key));
-      }
-      return replace(owner, key, args...);
-    }
-    return owner.retired() ? nullptr : add(owner, key, args...);
+      return owner.retired() ? nullptr : add(owner, key, args...);
+    });
   }
 
   void activeIs(bool on) noexcept {

@@ -163,6 +163,19 @@ class Busy {
     }
   }
 
+  /// What `make` returns; `sm` is busy meanwhile. Deliberate: a function that returns an object
+  /// holds no Busy of its own, as some compilers never destroy what a return statement has made
+  /// when the end of a local variable raises.
+  template <class Make>
+  static auto during(TranslateSm& sm, Make make) {
+    decltype(make()) made;
+    {
+      const Busy busy{sm};
+      made = make();
+    }
+    return made;
+  }
+
  private:
   TranslateSm& sm_;
 };

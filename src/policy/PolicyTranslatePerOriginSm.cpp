@@ -76,16 +76,17 @@ bool PolicyTranslatePerOriginSm::builtFrom(const Brix::Ptr<const OriginV1>& orig
 Brix::Ptr<PolicyTranslateMatchSm> PolicyTranslatePerOriginSm::matchSmIs(
     const Brix::Ptr<const VelaL3::VelaMatchConfig>& matchV1,
     const Brix::Ptr<VelaL3V2::VelaMatchConfig>& matchV2, const Brix::Ptr<UpdateCookie>& cookie) {
-  const Busy busy{*this};
-  if (matchSm() && matchSm()->builtFrom(matchV1, matchV2, cookie)) {
-    return matchSm();
-  }
-  const TracePlace::Making making(tracePlace());
-  auto made = PolicyTranslateMatchSm::PolicyTranslateMatchSmIs(matchV1, matchV2, cookie);
-  // Deliberate: the one that gives way is released without being switched off first.
-  matchSm_.exchange(made);
-  made->hasNotificationActiveIs(true);
-  return made;
+  return Busy::during(*this, [&] {
+    if (matchSm() && matchSm()->builtFrom(matchV1, matchV2, cookie)) {
+      return matchSm();
+    }
+    const TracePlace::Making making(tracePlace());
+    auto made = PolicyTranslateMatchSm::PolicyTranslateMatchSmIs(matchV1, matchV2, cookie);
+    // Deliberate: the one that gives way is released without being switched off first.
+    matchSm_.exchange(made);
+    made->hasNotificationActiveIs(true);
+    return made;
+  });
 }
 
 void PolicyTranslatePerOriginSm::matchSmDel() {

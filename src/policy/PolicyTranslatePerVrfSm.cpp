@@ -87,15 +87,16 @@ void PolicyTranslatePerVrfSm::initCompleteIs(bool initComplete) {
 Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmIs(
     VelaL3::VelaPriority priority, const Brix::Ptr<const VelaL3::VelaRuleConfig>& ruleV1,
     const Brix::Ptr<VelaL3V2::VelaRuleConfig>& ruleV2, const Brix::Ptr<UpdateCookie>& cookie) {
-  const Busy busy{*this};
-  const auto before = perRuleSm(priority);
-  auto child =
-      perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
-                             priority, ruleV1, ruleV2, cookie);
-  if (child && child != before) {
-    notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
-  }
-  return child;
+  return Busy::during(*this, [&] {
+    const auto before = perRuleSm(priority);
+    auto child =
+        perRuleSm_.keepOrThrow(*this, "VelaPolicyMonitor::PolicyTranslatePerVrfSm::perRuleSm",
+                               priority, ruleV1, ruleV2, cookie);
+    if (child && child != before) {
+      notifieeList().publish(perRuleSmAttr.id, &priority, valueOf(child));
+    }
+    return child;
+  });
 }
 
 Brix::Ptr<PolicyTranslatePerRuleSm> PolicyTranslatePerVrfSm::perRuleSmDel(
