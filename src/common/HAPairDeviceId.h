@@ -13,9 +13,10 @@ namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 /// the lower one first, followed by the marker "_HAPair".
 class HAPairDeviceId {
  public:
-  static constexpr std::string_view kMarker = "_HAPair";
+  static constexpr std::string_view kMarker = "_HAPair";  ///< what every pair id ends with
 
   HAPairDeviceId() noexcept = default;
+  /// Any text; whether it is a pair id is not checked.
   explicit HAPairDeviceId(const Kel::String& value) noexcept : value_(value) {}
 
   /// The pair's id; the same in whichever order the firewalls are given.
@@ -23,7 +24,7 @@ class HAPairDeviceId {
   /// Whether `deviceId` ends with the marker.
   static bool isHAPairDeviceId(const Kel::String& deviceId) noexcept;
 
-  const Kel::String& value() const noexcept { return value_; }
+  const Kel::String& value() const noexcept { return value_; }  ///< the whole id
   /// The lower of the two names. The marker's length is cut from the end without looking: callers
   /// have checked with isHAPairDeviceId. Empty for an id that is not longer than the marker.
   Kel::String getFw1Name() const { return memberName(0); }

@@ -14,6 +14,7 @@ namespace [[using gnu: visibility("default")]] VelaL3V2Shared {
 /// the empty set.
 class NameEncoder {
  public:
+  /// Joins the components by ":", each with its ":" and "\\" escaped. A gap leaves no trace.
   static Kel::String encode(const NameSet& names);
   /// Reads any text; a "\" at its very end is dropped.
   static NameSet decode(const Kel::String& text);

@@ -61,10 +61,10 @@ class TranslateSm : public Kel::PtrInterface {
   void postpone(std::function<void()> call);
   /// What was postponed since the start of the process.
   struct Postponed {
-    std::uint64_t calls = 0;
-    std::size_t atOnce = 0;  ///< for one machine, at most
+    std::uint64_t calls = 0;  ///< for all machines
+    std::size_t atOnce = 0;   ///< for one machine, at most
   };
-  static const Postponed& postponed() noexcept;
+  static const Postponed& postponed() noexcept;  ///< Of all machines of the process.
 
   /// Makes a machine of type Sm and switches its notifications on; what every creator does.
   template <class Sm, class... Args>
@@ -152,6 +152,7 @@ static_assert(sizeof(TranslateSm) == 16);
 /// on its way.
 class Busy {
  public:
+  /// `sm` has to live as long as this.
   explicit Busy(TranslateSm& sm) noexcept : sm_(sm) { ++sm.depth_; }
   Busy(const Busy&) = delete;
   Busy& operator=(const Busy&) = delete;

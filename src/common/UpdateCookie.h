@@ -14,13 +14,14 @@ class UpdateCookie final : public Kel::PtrInterface, public Kel::SlabAllocated<U
  public:
   static constexpr const char* kelTypeName() { return "VelaPolicyMonitor::UpdateCookie"; }
 
-  KEL_CONST(130, updated, bool)
+  KEL_CONST(130, updated, bool)  ///< Whether version 2 was changed since the last stamp.
 
   UpdateCookie() noexcept : updated_(false) {}
   ~UpdateCookie() override { hasNotificationActiveIs(false); }
   static Brix::Ptr<UpdateCookie> UpdateCookieIs();
   Kel::FwkType fwkType() const noexcept override;
 
+  /// Sets or clears the flag; setting is counted in marks().
   void updatedIs(bool on) noexcept {
     updated_ = on;
     marks_ += on ? 1 : 0;

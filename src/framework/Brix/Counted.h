@@ -40,6 +40,7 @@ class Counted {
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
 
+  /// Takes a reference.
   void refInc() const noexcept {
     if (threadSafePointers.load(std::memory_order_relaxed)) {
       count_.fetch_add(1, std::memory_order_relaxed);
@@ -48,6 +49,7 @@ class Counted {
     }
   }
 
+  /// Drops a reference; with the last one the object ends.
   void refDec() const noexcept {
     if (threadSafePointers.load(std::memory_order_relaxed)) {
       if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1) {

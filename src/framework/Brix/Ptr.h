@@ -10,7 +10,7 @@ namespace [[using gnu: visibility("default")]] Brix {
 
 /// Tag: the pointer takes over the reference that the caller already holds (that of `new`).
 struct Adopt {};
-inline constexpr Adopt adopt{};
+inline constexpr Adopt adopt{};  ///< as in Brix::Ptr<T>(new T, Brix::adopt)
 
 /// Intrusive reference-counted pointer to a framework object; null by default.
 ///
@@ -22,18 +22,22 @@ class Ptr {
   using element_type = T;
 
   Ptr() noexcept = default;
+  /// Null.
   Ptr(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor): null is a value
+  /// Takes a reference to `object`, which may be null.
   explicit Ptr(T* object) noexcept : object_(object) {
     if (object_ != nullptr) {
       object_->refInc();
     }
   }
-  Ptr(T* object, Adopt) noexcept : object_(object) {}
+  Ptr(T* object, Adopt) noexcept : object_(object) {}  ///< takes over the caller's reference
   Ptr(const Ptr& other) noexcept : Ptr(other.object_) {}
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  /// A pointer to a base, or to what may not be written.
   template <class U>
   requires std::convertible_to<U*, T*> Ptr(const Ptr<U>& other)
   noexcept : Ptr(other.get()) {}  // NOLINT(google-explicit-constructor)
+  /// A pointer to a base, or to what may not be written, which takes over the reference.
   template <class U>
   requires std::convertible_to<U*, T*> Ptr(Ptr<U>&& other)
   noexcept : object_(other.release()) {}  // NOLINT(google-explicit-constructor)
@@ -52,12 +56,12 @@ class Ptr {
     return *this;
   }
 
-  T* get() const noexcept { return object_; }
+  T* get() const noexcept { return object_; }  ///< null when there is none
   T* operator->() const noexcept { return object_; }
   T& operator*() const noexcept { return *object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  void reset() noexcept { Ptr().swap(*this); }
+  void reset() noexcept { Ptr().swap(*this); }  ///< becomes null
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
   /// Gives up the reference without dropping it; the caller now holds it.
   [[nodiscard]] T* release() noexcept { return std::exchange(object_, nullptr); }

@@ -48,8 +48,8 @@ class SubscriberList {
 
   bool empty() const noexcept { return word_ == 0; }
   std::size_t size() const noexcept;
-  void add(Subscriber& subscriber) noexcept;
-  void remove(Subscriber& subscriber) noexcept;
+  void add(Subscriber& subscriber) noexcept;     ///< twice is one entry
+  void remove(Subscriber& subscriber) noexcept;  ///< a stranger is nothing
   /// The subscribers at this moment, in the order of registration.
   std::vector<Subscriber*> all() const;
 
@@ -71,6 +71,7 @@ class SubscriberList {
 class Publisher {
  public:
   Publisher() noexcept = default;
+  /// Of `owner`, whose list `subscribers` is.
   Publisher(const Counted& owner, SubscriberList& subscribers) noexcept
       : owner_(&owner), subscribers_(&subscribers) {}
 
@@ -78,20 +79,24 @@ class Publisher {
   /// The object that publishes; null for a null publisher.
   const Counted* owner() const noexcept { return owner_; }
 
+  /// From the next notification on it is called; twice is one entry.
   void subscriberAdd(Subscriber& subscriber) const noexcept {
     if (subscribers_ != nullptr) {
       subscribers_->add(subscriber);
     }
   }
+  /// From now on it is not called, also in a round under way; a stranger is nothing.
   void subscriberRemove(Subscriber& subscriber) const noexcept {
     if (subscribers_ != nullptr) {
       subscribers_->remove(subscriber);
     }
   }
+  /// How many are registered now.
   std::size_t subscriberCount() const noexcept {
     return subscribers_ == nullptr ? 0 : subscribers_->size();
   }
 
+  /// Those that are registered now, in the order of registration.
   std::vector<Subscriber*> subscribers() const {
     return subscribers_ == nullptr ? std::vector<Subscriber*>() : subscribers_->all();
   }

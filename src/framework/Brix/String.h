@@ -18,9 +18,12 @@ namespace [[using gnu: visibility("default")]] Brix {
 class String {
  public:
   String() noexcept = default;
+  /// A copy of the bytes, whatever they are.
   String(std::string_view text);  // NOLINT(google-explicit-constructor)
+  /// A copy; null is the empty text.
   String(const char* text)
       : String(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+  /// A copy of the bytes, whatever they are.
   String(const std::string& text) : String(std::string_view(text)) {}  // NOLINT
   String(const String& other) noexcept : text_(other.text_) { retain(); }
   String(String&& other) noexcept : text_(other.text_) { other.text_ = nullptr; }

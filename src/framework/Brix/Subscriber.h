@@ -19,12 +19,13 @@ class Subscriber {
                         const void* key, const void* value);
 
   Subscriber() noexcept = default;
+  /// `call` may be null: nothing is called.
   explicit Subscriber(Dispatch* call) noexcept : dispatch_(call) {}
   Subscriber(const Subscriber&) = delete;
   Subscriber& operator=(const Subscriber&) = delete;
 
-  Dispatch* dispatch() const noexcept { return dispatch_; }
-  void dispatchIs(Dispatch* call) noexcept { dispatch_ = call; }
+  Dispatch* dispatch() const noexcept { return dispatch_; }       ///< what is called
+  void dispatchIs(Dispatch* call) noexcept { dispatch_ = call; }  ///< from the next notification on
 
  protected:
   ~Subscriber() = default;

@@ -18,7 +18,8 @@ namespace [[using gnu: visibility("default")]] Kel {
 template <class T, auto KeyOf>
 struct CollectionOf {
   using Key = std::remove_cvref_t<decltype((std::declval<const T&>().*KeyOf)())>;
-  static constexpr bool kOrdered = requires { Key::kelOrdered; };
+  static constexpr bool kOrdered = requires { Key::kelOrdered; };  ///< whether it is kept sorted
+  /// What holds the entries.
   using type = std::conditional_t<kOrdered, OrderedMap<T, KeyOf>, EntryMap<T, KeyOf>>;
 };
 
@@ -37,7 +38,7 @@ struct CollectionOf {
 template <class Self_, auto Index>
 class Entity : public PtrInterface, public SlabAllocated<Self_> {
  public:
-  using Self = Self_;
+  using Self = Self_;  ///< the entity's own type, which the words name
 
   FwkType fwkType() const noexcept override {
     return {&kelModule(Index), static_cast<std::uint16_t>(Index)};

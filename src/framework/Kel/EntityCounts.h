@@ -10,7 +10,8 @@ namespace [[using gnu: visibility("default")]] Kel {
 /// the price of counting in the time of a plain increment.
 class EventCount {
  public:
-  void count() noexcept { value_.store(value() + 1, std::memory_order_relaxed); }
+  void count() noexcept { value_.store(value() + 1, std::memory_order_relaxed); }  ///< One more.
+  /// How many until now.
   std::uint64_t value() const noexcept { return value_.load(std::memory_order_relaxed); }
 
  private:

@@ -27,10 +27,12 @@ class LogHandle {
   LogHandle(const LogHandle&) = delete;
   LogHandle& operator=(const LogHandle&) = delete;
 
-  const char* identifier() const noexcept { return identifier_; }
-  int severity() const noexcept { return severity_; }
-  const char* format() const noexcept { return format_; }
+  const char* identifier() const noexcept { return identifier_; }  ///< by which operators know it
+  int severity() const noexcept { return severity_; }              ///< as for syslog
+  const char* format() const noexcept { return format_; }          ///< with %s for each argument
+  /// What has happened, for people.
   const char* explanation() const noexcept { return explanation_; }
+  /// What to do, for people.
   const char* recommendedAction() const noexcept { return recommendedAction_; }
 
   /// The message with one argument in the place of each %s, in order. A missing argument is printed

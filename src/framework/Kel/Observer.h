@@ -15,8 +15,10 @@ namespace [[using gnu: visibility("default")]] Kel {
 /// An exception that leaves the function reaches whoever made the change.
 class Observer : private Brix::Subscriber {
  public:
+  /// Gets the id of the attribute, and the key or null where it has none.
   using Function = std::function<void(AttrId id, const void* key)>;
 
+  /// Calls `function` from the next change on.
   template <class Entity>
   Observer(const Entity& entity, Function function)
       : Subscriber(&Observer::notify),

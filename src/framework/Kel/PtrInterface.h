@@ -17,11 +17,13 @@ class PtrInterface : public Brix::Counted {
   virtual FwkType fwkType() const noexcept = 0;
   ~PtrInterface() override = default;
 
+  /// Whether its reactors are on.
   bool hasNotificationActive() const noexcept { return notificationActive_; }
   /// Switches the object's reactors on or off; off when an object is made, and switched on by its
   /// creator. Cannot fail: an exception inside ends the process.
   virtual void hasNotificationActiveIs(bool on) noexcept { notificationActive_ = on; }
 
+  /// Whether it ignores every notification.
   bool kelMarkedForDeletion() const noexcept { return markedForDeletion_; }
   /// Sets the mark for deletion; a marked object ignores every notification.
   virtual void kelDoZombieReactors(bool on) noexcept { markedForDeletion_ = on; }

@@ -91,7 +91,7 @@ class Slab {
   std::size_t peak() const noexcept;
   /// The memory held from the system, in bytes.
   std::size_t bytes() const noexcept;
-  const char* typeName() const noexcept { return typeName_; }
+  const char* typeName() const noexcept { return typeName_; }  ///< of what it is the memory
   /// The size of one object, in bytes.
   std::size_t objectSize() const noexcept { return objectSize_; }
 

@@ -11,7 +11,7 @@
 
 namespace [[using gnu: visibility("default")]] Kel {
 
-using String = Brix::String;
+using String = Brix::String;  ///< that of all names
 
 /// Time since the epoch of the framework's clock, in seconds; a plain double.
 using Seconds = double;

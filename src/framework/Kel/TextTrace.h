@@ -23,11 +23,11 @@
 /// All lines of the process go to one *sink*: a file, standard error (the first one) or a function.
 /// A line is
 ///
-///   1700000000.123456 VelaPolicyMonitor 8 VelaPolicyTranslate.cpp:41 handleVrf: <message>
+///   1700000000.123456 VelaPolicyMonitor 8 VelaPolicyTranslate.cpp:41 handleVrf: message
 ///
 /// and a line break: the time in seconds with six digits, facility, level, base name and line of
 /// the source, short name of the handler, message. A control byte (below 0x20, and 0x7f) of a value
-/// is written as \xHH, so that a name with a line break cannot pretend to be another line. Other
+/// is written as `\xHH`, so that a name with a line break cannot pretend to be another line. Other
 /// bytes, UTF-8 among them, pass unchanged.
 ///
 /// **Nothing is buffered.** A line is handed to the operating system when it is written, with one
@@ -50,7 +50,7 @@ namespace TextTrace {
 
 /// A set of levels: bit L is level L. Only bits 0 to 9 are ever set.
 using Levels = std::uint32_t;
-inline constexpr Levels kAllLevels = 0x3ff;
+inline constexpr Levels kAllLevels = 0x3ff;  ///< 0 to 9
 
 /// Reads "6-8", "0-9", "6,8", "7", "" and "none". False leaves `levels` and says in `why` what was
 /// expected.
@@ -61,19 +61,19 @@ std::string textOfLevels(Levels levels);
 
 /// One line on its way to a sink. All views end with the call.
 struct Line {
-  Seconds time;
-  std::string_view facility;
-  unsigned level;
-  std::string_view file;  ///< base name of the source file
-  std::uint32_t line;
-  std::string_view handler;  ///< short name: handlePolicySet
-  std::string_view message;  ///< control bytes of values already escaped
+  Seconds time;               ///< by Kel::System
+  std::string_view facility;  ///< its name
+  unsigned level;             ///< 0 to 9
+  std::string_view file;      ///< base name of the source file
+  std::uint32_t line;         ///< in the source file
+  std::string_view handler;   ///< short name: handlePolicySet
+  std::string_view message;   ///< control bytes of values already escaped
 };
 
 /// Appends the printed form of `line`, with its line break.
 void appendLine(std::string& out, const Line& line);
 
-/// Appends `text` with every control byte (below 0x20, and 0x7f) written as \xHH.
+/// Appends `text` with every control byte (below 0x20, and 0x7f) written as `\xHH`.
 void appendEscaped(std::string& out, std::string_view text);
 
 /// Escapes the control bytes of out[from…] in place.
@@ -82,14 +82,17 @@ void escapeFrom(std::string& out, std::size_t from);
 /// A named source of lines. Lives as long as the process.
 class Facility {
  public:
+  /// Listens to no level. Facilities are made by facility().
   explicit Facility(std::string name) : name_(std::move(name)) {}
   Facility(const Facility&) = delete;
   Facility& operator=(const Facility&) = delete;
 
-  const std::string& name() const noexcept { return name_; }
+  const std::string& name() const noexcept { return name_; }  ///< as in every line
+  /// To which it listens now.
   Levels levels() const noexcept { return levels_.load(std::memory_order_relaxed); }
+  /// Whether it listens to a level.
   bool listens(unsigned level) const noexcept { return ((levels() >> level) & 1U) != 0; }
-  void levelsAre(Levels levels);
+  void levelsAre(Levels levels);  ///< from the next line on
 
  private:
   const std::string name_;
@@ -110,6 +113,7 @@ Levels levelsOfAny() noexcept;
 /// the previous one. There is one place for it, for the trace front end, which keeps a copy of the
 /// levels for its first test.
 using LevelObserver = void (*)();
+/// Sets who is called; returns who was.
 LevelObserver levelObserverIs(LevelObserver changed) noexcept;
 
 /// Takes lines. `write` is called for one line at a time.
@@ -126,7 +130,8 @@ class Sink {
 /// Appends to the file `path`, which is created when missing; "-" is standard error. Null when it
 /// cannot be opened: `why` says the reason.
 std::shared_ptr<Sink> fileSink(const std::string& path, std::string& why);
-std::shared_ptr<Sink> standardErrorSink();
+std::shared_ptr<Sink> standardErrorSink();  ///< Writes to standard error.
+/// Hands each line to `function`.
 std::shared_ptr<Sink> callbackSink(std::function<void(const Line&)> function);
 
 /// Replaces the sink; null is standard error. Returns the previous one. Not from inside a sink.

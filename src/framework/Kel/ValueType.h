@@ -25,33 +25,34 @@ struct ValueType;
 
 /// One field of a record-like value type.
 struct Field {
-  const char* name;
-  const ValueType& (*type)();
-  std::size_t offset;
+  const char* name;            ///< as in the code
+  const ValueType& (*type)();  ///< of its value
+  std::size_t offset;          ///< in bytes, in the record
 };
 
 /// A value type with its type forgotten: what a program needs to hold, print, parse and compare
 /// values that it does not know. There is one object per type, at an address of its own.
 struct ValueType {
-  const char* name;  ///< as written in the code, with its namespace
-  Encoding encoding;
-  std::uint16_t size;
-  std::uint16_t align;
-  bool trivial;  ///< its bytes are the value: it may be copied as memory
-  void (*append)(std::string& out, const void* value);
-  bool (*parse)(std::string_view text, void* value, std::string& why);
+  const char* name;     ///< as written in the code, with its namespace
+  Encoding encoding;    ///< in JSON
+  std::uint16_t size;   ///< in bytes
+  std::uint16_t align;  ///< in bytes
+  bool trivial;         ///< its bytes are the value: it may be copied as memory
+  void (*append)(std::string& out, const void* value);                  ///< the text form
+  bool (*parse)(std::string_view text, void* value, std::string& why);  ///< false: says in `why`
   int (*compare)(const void* a, const void* b);  ///< below, equal to or above 0
   bool (*absent)(const void* value);             ///< the value that stands for "never set"
-  void (*construct)(void* place);
-  void (*assign)(void* to, const void* from);
-  void (*destroy)(void* value);
-  std::span<const Field> fields;  ///< of a record; empty otherwise
+  void (*construct)(void* place);                ///< a default value
+  void (*assign)(void* to, const void* from);    ///< both are constructed
+  void (*destroy)(void* value);                  ///< leaves the place
+  std::span<const Field> fields;                 ///< of a record; empty otherwise
 };
 
 /// A time that nobody has written yet. It equals 0 and is told apart by its sign, so that "never
 /// stamped" needs no memory of its own; `writtenTime` turns any written time into another one.
 inline constexpr Seconds kNoTime = -0.0;
-inline Seconds writtenTime(Seconds time) { return time + 0.0; }
+inline Seconds writtenTime(Seconds time) { return time + 0.0; }  ///< `time`, never kNoTime
+/// Whether it was never written.
 inline bool isNoTime(Seconds time) { return time == 0 && std::signbit(time); }
 
 /// The descriptor of T; specialised (by KEL_VALUE_TYPE, in one source file) for each value type.
@@ -79,14 +80,14 @@ inline constexpr std::size_t kLargestValue = 48;
 /// A value of a type known only by its descriptor.
 class AnyValue {
  public:
-  explicit AnyValue(const ValueType& type);
+  explicit AnyValue(const ValueType& type);  ///< a default value of this type
   ~AnyValue();
   AnyValue(const AnyValue&) = delete;
   AnyValue& operator=(const AnyValue&) = delete;
 
-  const ValueType& type() const noexcept { return type_; }
-  void* get() noexcept { return place_; }
-  const void* get() const noexcept { return place_; }
+  const ValueType& type() const noexcept { return type_; }  ///< its type
+  void* get() noexcept { return place_; }                   ///< the value
+  const void* get() const noexcept { return place_; }       ///< the value
 
  private:
   const ValueType& type_;

@@ -26,6 +26,7 @@ TraceFile* defaultHandleIs(TraceFile* file) noexcept;
 /// one. There is one place for it, for the trace front end, which notes whether there is a ring for
 /// its first test.
 using HandleObserver = void (*)();
+/// Sets who is called; returns who was.
 HandleObserver defaultHandleObserverIs(HandleObserver changed) noexcept;
 
 }  // namespace Lumo

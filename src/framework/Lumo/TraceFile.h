@@ -123,7 +123,9 @@ class TraceFile {
 
   /// The memory of all segments, in the order of their numbers.
   std::span<const std::byte> memory() const noexcept { return segments_->all(); }
+  /// In bytes, header and all.
   std::size_t segmentSize() const noexcept { return segments_->size(); }
+  /// Records that were dropped since it was opened.
   std::uint64_t discarded() const noexcept { return discarded_.load(std::memory_order_relaxed); }
 
  private:

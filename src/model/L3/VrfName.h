@@ -23,10 +23,13 @@ class VrfName {
 
   /// The empty name.
   VrfName() noexcept = default;
+  /// Raises when too long.
   explicit VrfName(Brix::String name) : name_(std::move(name)) { checkLength(); }
+  /// Raises when too long.
   explicit VrfName(std::string_view name) : VrfName(Brix::String(name)) {}
+  /// Raises when too long.
   explicit VrfName(const std::string& name) : VrfName(Brix::String(name)) {}
-  explicit VrfName(const char* name) : VrfName(Brix::String(name)) {}
+  explicit VrfName(const char* name) : VrfName(Brix::String(name)) {}  ///< Raises when too long.
 
   const Brix::String& stringValue() const noexcept { return name_; }
 

@@ -13,9 +13,10 @@ namespace [[using gnu: visibility("default")]] Norv {
 
 /// An IPv4 or an IPv6 address. Seventeen bytes without alignment, because millions are stored.
 ///
-/// An IPv4 address and its IPv4-mapped IPv6 form (::ffff:10.1.0.1) are two different addresses.
+/// An IPv4 address and its mapped IPv6 form (0:0:0:0:0:ffff:10.1.0.1) are two different addresses.
 class IpGenAddr {
  public:
+  /// Which version of the Internet protocol.
   enum class Family : std::uint8_t { ipv4, ipv6 };
 
   /// The IPv4 address 0.0.0.0.
@@ -32,9 +33,9 @@ class IpGenAddr {
   /// The IPv6 address of sixteen bytes in network order.
   static IpGenAddr ipv6(std::span<const std::uint8_t, 16> networkOrder) noexcept;
 
-  Family family() const noexcept { return family_; }
-  bool isIpv4() const noexcept { return family_ == Family::ipv4; }
-  bool isIpv6() const noexcept { return !isIpv4(); }
+  Family family() const noexcept { return family_; }                ///< of which version it is
+  bool isIpv4() const noexcept { return family_ == Family::ipv4; }  ///< whether it is 4 bytes
+  bool isIpv6() const noexcept { return !isIpv4(); }                ///< whether it is 16 bytes
 
   /// The width in bits, which is also the longest prefix length: 32 or 128.
   unsigned width() const noexcept { return isIpv4() ? 32U : 128U; }

@@ -33,9 +33,9 @@ class IpGenPrefix {
   /// The number of shared bits: 0 to 32 for IPv4, 0 to 128 for IPv6.
   unsigned length() const noexcept { return length_; }
 
-  IpGenAddr::Family family() const noexcept { return address_.family(); }
-  bool isIpv4() const noexcept { return address_.isIpv4(); }
-  bool isIpv6() const noexcept { return address_.isIpv6(); }
+  IpGenAddr::Family family() const noexcept { return address_.family(); }  ///< that of its address
+  bool isIpv4() const noexcept { return address_.isIpv4(); }  ///< whether it is 0 to 32 bits long
+  bool isIpv6() const noexcept { return address_.isIpv6(); }  ///< whether it is 0 to 128 bits long
 
   /// Whether `address` lies in the prefix. An address of the other family never does.
   bool contains(const IpGenAddr& address) const noexcept;

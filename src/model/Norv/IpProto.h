@@ -13,9 +13,9 @@ class IpProto {
  public:
   /// Protocol 0.
   constexpr IpProto() noexcept = default;
-  constexpr IpProto(std::uint8_t value) noexcept : value_(value) {}
+  constexpr IpProto(std::uint8_t value) noexcept : value_(value) {}  ///< any number is one
 
-  constexpr std::uint8_t value() const noexcept { return value_; }
+  constexpr std::uint8_t value() const noexcept { return value_; }  ///< the number
 
   /// The number in decimal.
   std::string stringValue() const;

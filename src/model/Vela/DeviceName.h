@@ -20,10 +20,10 @@ class DeviceName {
   DeviceName() noexcept = default;
 
   // Deliberate: implicit, because every string is a device name.
-  DeviceName(Brix::String name) noexcept : name_(std::move(name)) {}
-  DeviceName(std::string_view name) : name_(name) {}
-  DeviceName(const std::string& name) : name_(name) {}
-  DeviceName(const char* name) : name_(name) {}
+  DeviceName(Brix::String name) noexcept : name_(std::move(name)) {}  ///< any text is one
+  DeviceName(std::string_view name) : name_(name) {}                  ///< any text is one
+  DeviceName(const std::string& name) : name_(name) {}                ///< any text is one
+  DeviceName(const char* name) : name_(name) {}                       ///< any text is one
 
   const Brix::String& stringValue() const noexcept { return name_; }
 

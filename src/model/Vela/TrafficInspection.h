@@ -14,7 +14,8 @@ struct TrafficInspection {
   /// Bit 0 is local, bit 1 unified; the other bits are kept and compared, and have no name.
   std::uint8_t value = 0;
 
-  constexpr bool local() const noexcept { return (value & 0x01U) != 0; }
+  constexpr bool local() const noexcept { return (value & 0x01U) != 0; }  ///< whether bit 0 is set
+  /// Whether bit 1 is set.
   constexpr bool unified() const noexcept { return (value & 0x02U) != 0; }
 
   /// The names of the set bits in ascending order with a blank between them: "local unified", or

@@ -11,7 +11,7 @@ class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::
   explicit ServiceDeviceConfig(const Kel::String& deviceName) : deviceName_(deviceName) {}
 
   KEL_CONST(256, deviceName, Kel::String)
-  KEL_ENTRY(259, vrf, vrfName, VrfConfig)
+  KEL_ENTRY(259, vrf, vrfName, VrfConfig)  ///< By the name on the device.
 };
 
 }  // namespace VelaL3

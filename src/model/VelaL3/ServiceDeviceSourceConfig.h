@@ -11,6 +11,7 @@ class ServiceDeviceSourceConfig final
   static constexpr const char* kelTypeName() { return "VelaL3::ServiceDeviceSourceConfig"; }
   static Brix::Ptr<ServiceDeviceSourceConfig> ServiceDeviceSourceConfigIs() { return create(); }
 
+  /// The firewalls, and the pairs of them.
   KEL_ENTRY(258, serviceDevice, deviceName, ServiceDeviceConfig)
 };
 

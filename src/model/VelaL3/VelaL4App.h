@@ -10,8 +10,8 @@ namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// A layer-4 application: a port of an IP protocol.
 struct VelaL4App {
-  std::uint16_t port = 0;
-  std::uint8_t protocol = 0;
+  std::uint16_t port = 0;     ///< of TCP, UDP and the like
+  std::uint8_t protocol = 0;  ///< the number of the IP protocol
 
   std::uint32_t hash() const noexcept {
     return Kel::hashOfNumber(port | std::uint64_t{protocol} << 16U);

@@ -10,9 +10,9 @@ namespace [[using gnu: visibility("default")]] VelaL3 {
 
 /// The ports from `first` to `last` of an IP protocol; their order is not checked.
 struct VelaL4AppRange {
-  std::uint16_t first = 0;
-  std::uint16_t last = 0;
-  std::uint8_t protocol = 0;
+  std::uint16_t first = 0;    ///< the lowest port
+  std::uint16_t last = 0;     ///< the highest port, which is in the range too
+  std::uint8_t protocol = 0;  ///< the number of the IP protocol
 
   std::uint32_t hash() const noexcept {
     return Kel::hashOfNumber(first | std::uint64_t{last} << 16U | std::uint64_t{protocol} << 32U);

@@ -13,8 +13,8 @@ class VelaPolicyConfig final : public Kel::Entity<VelaPolicyConfig, Type::policy
   explicit VelaPolicyConfig(const L3::VrfName& vrfName) : vrfName_(vrfName) {}
 
   KEL_CONST(256, vrfName, L3::VrfName)
-  KEL_ENTRY(259, rule, priority, VelaRuleConfig)
-  KEL_ATTR(261, timestamp, Kel::Seconds)
+  KEL_ENTRY(259, rule, priority, VelaRuleConfig)  ///< Sorted, the highest priority first.
+  KEL_ATTR(261, timestamp, Kel::Seconds)          ///< When a burst has ended; writing it says so.
 };
 
 }  // namespace VelaL3

@@ -11,7 +11,7 @@ class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::
   explicit VelaPolicySetConfig(const Kel::String& deviceName) : deviceName_(deviceName) {}
 
   KEL_CONST(256, deviceName, Kel::String)
-  KEL_ENTRY(259, policy, vrfName, VelaPolicyConfig)
+  KEL_ENTRY(259, policy, vrfName, VelaPolicyConfig)  ///< By the name of the VRF on the device.
 };
 
 }  // namespace VelaL3

@@ -12,8 +12,8 @@ namespace [[using gnu: visibility("default")]] VelaL3 {
 /// A rule's priority, 10000 (lowest) to 30000 (highest). Rules are kept in its order.
 class VelaPriority {
  public:
-  static constexpr std::uint32_t min = 10000;
-  static constexpr std::uint32_t max = 30000;
+  static constexpr std::uint32_t min = 10000;  ///< the lowest: that of default rules
+  static constexpr std::uint32_t max = 30000;  ///< the highest: it is looked at first
   /// Collections under this key are kept sorted.
   static constexpr bool kelOrdered = true;
 
@@ -27,6 +27,7 @@ class VelaPriority {
     return priority;
   }
 
+  /// 10000 to 30000, unless unchecked.
   constexpr std::uint32_t value() const noexcept { return value_; }
   constexpr std::uint32_t hash() const noexcept { return Kel::hashOfNumber(value_); }
   constexpr bool isEq(const VelaPriority& other) const noexcept { return value_ == other.value_; }

@@ -13,8 +13,8 @@ class VrfConfig final : public Kel::Entity<VrfConfig, Type::vrf> {
   explicit VrfConfig(const L3::VrfName& vrfName) : vrfName_(vrfName) {}
 
   KEL_CONST(256, vrfName, L3::VrfName)
-  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)
-  KEL_ATTR(260, timestamp, Kel::Seconds)
+  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)  ///< Its interfaces.
+  KEL_ATTR(260, timestamp, Kel::Seconds)         ///< When a burst has ended; writing it says so.
 };
 
 }  // namespace VelaL3

@@ -13,7 +13,7 @@ class L3IntfConfig final : public Kel::Entity<L3IntfConfig, Type::l3Intf> {
   explicit L3IntfConfig(const Norv::IpGenAddr& address) : address_(address) {}
 
   KEL_CONST(256, address, Norv::IpGenAddr)
-  KEL_SET(259, reachableSubnet, Norv::IpGenPrefix)
+  KEL_SET(259, reachableSubnet, Norv::IpGenPrefix)  ///< What is reached through it.
 };
 
 }  // namespace VelaL3V2

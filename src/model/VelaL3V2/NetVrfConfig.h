@@ -13,9 +13,9 @@ class NetVrfConfig final : public Kel::Entity<NetVrfConfig, Type::netVrf> {
   explicit NetVrfConfig(const Kel::String& netVrfName) : netVrfName_(netVrfName) {}
 
   KEL_CONST(256, netVrfName, Kel::String)
-  KEL_ATTR(258, vrfName, L3::VrfName)
-  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)
-  KEL_ATTR(260, timestamp, Kel::Seconds)
+  KEL_ATTR(258, vrfName, L3::VrfName)            ///< What the device calls it.
+  KEL_ENTRY(259, l3Intf, address, L3IntfConfig)  ///< Its interfaces.
+  KEL_ATTR(260, timestamp, Kel::Seconds)         ///< When a burst has changed it last.
 };
 
 }  // namespace VelaL3V2

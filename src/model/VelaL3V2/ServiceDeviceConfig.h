@@ -13,8 +13,8 @@ class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::
   explicit ServiceDeviceConfig(const Vela::DeviceName& deviceName) : deviceName_(deviceName) {}
 
   KEL_CONST(256, deviceName, Vela::DeviceName)
-  KEL_ATTR(258, trafficInspection, Vela::TrafficInspection)
-  KEL_ENTRY(259, netVrf, netVrfName, NetVrfConfig)
+  KEL_ATTR(258, trafficInspection, Vela::TrafficInspection)  ///< As the monitor's record has it.
+  KEL_ENTRY(259, netVrf, netVrfName, NetVrfConfig)           ///< By the name in the network.
 };
 
 }  // namespace VelaL3V2

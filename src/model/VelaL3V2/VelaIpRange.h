@@ -11,8 +11,8 @@ namespace [[using gnu: visibility("default")]] VelaL3V2 {
 
 /// The addresses from `first` to `last`; their order is not checked.
 struct VelaIpRange {
-  Norv::IpGenAddr first;
-  Norv::IpGenAddr last;
+  Norv::IpGenAddr first;  ///< the lowest address
+  Norv::IpGenAddr last;   ///< the highest address, which is in the range too
 
   std::uint32_t hash() const noexcept {
     return Kel::hashOfNumber(first.hash() | std::uint64_t{last.hash()} << 32U);

@@ -14,13 +14,13 @@ class VelaMatchConfig final : public Kel::Entity<VelaMatchConfig, Type::match> {
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaMatchConfig"; }
 
-  KEL_SET(258, srcIp, Norv::IpGenPrefix)
-  KEL_SET(259, srcIpRange, VelaIpRange)
-  KEL_SET(260, dstIp, Norv::IpGenPrefix)
-  KEL_SET(261, dstIpRange, VelaIpRange)
-  KEL_SET(262, l3App, Norv::IpProto)
-  KEL_SET(265, dstL4App, VelaL4App)
-  KEL_SET(266, dstL4AppRange, VelaL4AppRange)
+  KEL_SET(258, srcIp, Norv::IpGenPrefix)       ///< From any of these.
+  KEL_SET(259, srcIpRange, VelaIpRange)        ///< From any address in one of these.
+  KEL_SET(260, dstIp, Norv::IpGenPrefix)       ///< To any of these.
+  KEL_SET(261, dstIpRange, VelaIpRange)        ///< To any address in one of these.
+  KEL_SET(262, l3App, Norv::IpProto)           ///< Of any of these IP protocols.
+  KEL_SET(265, dstL4App, VelaL4App)            ///< To any of these ports.
+  KEL_SET(266, dstL4AppRange, VelaL4AppRange)  ///< To a port in one of these.
 };
 
 }  // namespace VelaL3V2

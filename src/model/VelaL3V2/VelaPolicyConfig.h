@@ -12,8 +12,8 @@ class VelaPolicyConfig final : public Kel::Entity<VelaPolicyConfig, Type::policy
   explicit VelaPolicyConfig(const Kel::String& netVrfName) : netVrfName_(netVrfName) {}
 
   KEL_CONST(256, netVrfName, Kel::String)
-  KEL_ENTRY(259, rule, priority, VelaRuleConfig)
-  KEL_ATTR(261, timestamp, Kel::Seconds)
+  KEL_ENTRY(259, rule, priority, VelaRuleConfig)  ///< Sorted, the highest priority first.
+  KEL_ATTR(261, timestamp, Kel::Seconds)          ///< When a burst has changed it last.
 };
 
 }  // namespace VelaL3V2

@@ -12,7 +12,7 @@ class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::
   explicit VelaPolicySetConfig(const Vela::DeviceName& deviceName) : deviceName_(deviceName) {}
 
   KEL_CONST(256, deviceName, Vela::DeviceName)
-  KEL_ENTRY(259, policy, netVrfName, VelaPolicyConfig)
+  KEL_ENTRY(259, policy, netVrfName, VelaPolicyConfig)  ///< By the name of the VRF in the network.
 };
 
 }  // namespace VelaL3V2

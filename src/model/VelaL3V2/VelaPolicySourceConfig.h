@@ -11,7 +11,7 @@ class VelaPolicySourceConfig final
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaPolicySourceConfig"; }
   static Brix::Ptr<VelaPolicySourceConfig> VelaPolicySourceConfigIs() { return create(); }
 
-  KEL_ENTRY(258, policySet, deviceName, VelaPolicySetConfig)
+  KEL_ENTRY(258, policySet, deviceName, VelaPolicySetConfig)  ///< The policies of each device.
 };
 
 }  // namespace VelaL3V2

@@ -12,6 +12,7 @@ class VelaRuleConfig final : public Kel::Entity<VelaRuleConfig, Type::rule> {
   explicit VelaRuleConfig(VelaPriority priority) : priority_(priority) {}
 
   KEL_CONST(256, priority, VelaPriority)
+  /// Who has asked for the rule, and what each says.
   KEL_ENTRY(261, origin, name, VelaRuleOriginConfig)
 };
 

@@ -13,11 +13,11 @@ class VelaRuleOriginConfig final : public Kel::Entity<VelaRuleOriginConfig, Type
   explicit VelaRuleOriginConfig(const Kel::String& name) : name_(name) {}
 
   KEL_CONST(256, name, Kel::String)
-  KEL_ATTR(259, tags, Kel::String)
-  KEL_SET(261, policyModifierSet, VelaPolicyModifier)
-  KEL_SINGLE(263, match, VelaMatchConfig)
-  KEL_ATTR(264, action, VelaAction)
-  KEL_ATTR(265, logEnabled, bool)
+  KEL_ATTR(259, tags, Kel::String)                     ///< Free text.
+  KEL_SET(261, policyModifierSet, VelaPolicyModifier)  ///< How the rule is applied.
+  KEL_SINGLE(263, match, VelaMatchConfig)              ///< Absent: no criteria were given.
+  KEL_ATTR(264, action, VelaAction)                    ///< What to do with the traffic.
+  KEL_ATTR(265, logEnabled, bool)                      ///< Whether hits are logged.
 };
 
 }  // namespace VelaL3V2

@@ -11,11 +11,12 @@ namespace [[using gnu: visibility("default")]] VelaL3V2Shared {
 /// reads as the empty text, and reading it does not make it.
 class NameSet {
  public:
-  using Index = std::uint32_t;
+  using Index = std::uint32_t;  ///< of a component; 0 is the device itself
   using const_iterator = std::map<Index, Kel::String>::const_iterator;
 
   /// Inserts or replaces the component at `index`.
   void nameIs(Index index, const Kel::String& name) { names_.insert_or_assign(index, name); }
+  /// The component at `index`, or the empty text.
   Kel::String name(Index index) const {
     const auto at = names_.find(index);
     return at == names_.end() ? Kel::String() : at->second;

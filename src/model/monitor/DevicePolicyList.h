@@ -16,11 +16,11 @@ class DevicePolicyList final : public Kel::Entity<DevicePolicyList, MonitorType:
   explicit DevicePolicyList(const Kel::String& deviceName) : deviceName_(deviceName) {}
 
   KEL_CONST(256, deviceName, Kel::String)
-  KEL_ATTR(257, policyConverge, bool)
-  KEL_ATTR(258, serviceDeviceConverge, bool)
+  KEL_ATTR(257, policyConverge, bool)         ///< All policies were translated once.
+  KEL_ATTR(258, serviceDeviceConverge, bool)  ///< The same of the service device.
   /// From the VRF's name to its network VRF name; an empty name counts as none.
   KEL_MAP(259, netVrfNameByVrf, vrfName, Kel::String, netVrfName, Kel::String)
-  KEL_ATTR(260, trafficInspection, Vela::TrafficInspection)
+  KEL_ATTR(260, trafficInspection, Vela::TrafficInspection)  ///< None: no bit.
 };
 
 }  // namespace VelaPolicyMonitor

@@ -10,7 +10,7 @@ class Status final : public Kel::Entity<Status, MonitorType::status> {
   static constexpr const char* kelTypeName() { return "VelaPolicyMonitor::Status"; }
   static Brix::Ptr<Status> StatusIs() { return create(); }
 
-  KEL_ENTRY(257, devicePolicyList, deviceName, DevicePolicyList)
+  KEL_ENTRY(257, devicePolicyList, deviceName, DevicePolicyList)  ///< What is known of each device.
 };
 
 }  // namespace VelaPolicyMonitor
