@@ -111,6 +111,19 @@ TEST_F(Hosting, AnObserverThatThrowsReachesTheWriterAndTheChangeStays) {
   // It must not be there when the root goes: see the next test.
 }
 
+TEST_F(HostingDeathTest, AnObserverThatThrowsInTheServiceDeviceTreeEndsTheProcess) {
+  EXPECT_DEATH(
+      {
+        const auto devicesV1 = VelaL3::ServiceDeviceSourceConfig::ServiceDeviceSourceConfigIs();
+        const auto devicesV2 = VelaL3V2::ServiceDeviceSourceConfig::ServiceDeviceSourceConfigIs();
+        const auto devices = serviceDeviceTranslateRootSmFactory(devicesV1, devicesV2, status);
+        const Kel::Observer watch(
+            *devicesV2, [](Kel::AttrId, const void*) { throw std::runtime_error("mine"); });
+        devicesV1->serviceDeviceIs("fw1");
+      },
+      "mine");
+}
+
 TEST_F(HostingDeathTest, AnObserverThatThrowsWhileARootGoesEndsTheProcess) {
   EXPECT_DEATH(
       {

@@ -1,3 +1,5 @@
+#include <array>
+#include <cstdint>
 #include <set>
 
 #include "policy/PolicyWorld.h"
@@ -21,18 +23,21 @@ class PolicyDispatch : public PolicyWorld {
   }
 
   /// The ids that make `machine`, which alone is switched on, write a trace line. `keyOfId` gives
-  /// the key for the ids that are reacted to; all others come with no key.
+  /// the key for the ids that are reacted to; all others come with zeros for a key, so that a
+  /// reaction that is not expected shows as its id.
   template <class Sm, class Entity>
   std::set<int> idsThatAct(const Ptr<Sm>& machine, const Entity& entity,
                            const std::function<const void*(AttrId)>& keyOfId) {
     root->hasNotificationActiveIs(false);
     machine->hasNotificationActiveIs(true);
+    static constexpr std::array<std::uint64_t, 8> kZeros{};
     TestSupport::TraceCapture lines;
     std::set<int> acted;
     for (int id = -32768; id <= 32767; ++id) {
       const auto narrow = static_cast<AttrId>(id);
       perVrf->cookie()->updatedIs(true);
-      entity.publisher().publish(narrow, keyOfId(narrow));
+      const void* const key = keyOfId(narrow);
+      entity.publisher().publish(narrow, key == nullptr ? kZeros.data() : key);
       if (!lines.take().empty()) {
         acted.insert(id);
       }
