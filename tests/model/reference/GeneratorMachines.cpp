@@ -1,0 +1,322 @@
+#include "model/reference/Generator.h"
+
+namespace Reference {
+namespace {
+
+// The type of the entities that stand so many steps below the beginning.
+const char* typeAt(From from, std::size_t depth) {
+  static constexpr const char* kTypes[][6] = {
+      {"VelaL3::VelaPolicySourceConfig", "VelaL3::VelaPolicySetConfig", "VelaL3::VelaPolicyConfig",
+       "VelaL3::VelaRuleConfig", "VelaL3::VelaRuleOriginConfig", "VelaL3::VelaMatchConfig"},
+      {"VelaL3::ServiceDeviceSourceConfig", "VelaL3::ServiceDeviceConfig", "VelaL3::VrfConfig",
+       "VelaL3::L3IntfConfig"},
+      {"VelaPolicyMonitor::Status", "VelaPolicyMonitor::DevicePolicyList"}};
+  return kTypes[static_cast<std::size_t>(from)][depth];
+}
+
+}  // namespace
+
+Operation Generator::machineChange() {
+  const bool policy = oneIn(2);
+  const std::size_t level = below(policy ? 6 : 4);
+  Operation operation;
+  operation.at = machinePlace(policy, level);
+  const std::size_t draw = below(20);
+  if (silences_ && draw < 4) {
+    operation.verb = draw < 2 ? Verb::resume : oneIn(2) ? Verb::suspend : Verb::resume;
+    return operation;
+  }
+  if (silences_ && draw < 5) {
+    operation.verb = oneIn(3) ? Verb::mark : Verb::unmark;
+    return operation;
+  }
+  if (draw == 5) {
+    operation.verb = oneIn(5) ? Verb::childDelAll : Verb::childDel;
+    if (operation.at.from == From::held) {
+      operation.at = Place{.from = policy ? From::policyRoot : From::serviceRoot,
+                           .slot = 0,
+                           .steps = {},
+                           .type = ""};
+      operation.verb = Verb::childDelAll;
+    }
+    const Text keys[] = {device(), vrf(), policy ? priority() : address(), origin(), "match"};
+    operation.key = level < (policy ? 5U : 3U) ? keys[level] : "";
+    return operation;
+  }
+  if (draw == 6) {
+    operation.at = machinePlace(policy, 2);
+    operation.verb = one({"a", "b", "c"}) == "a" ? Verb::cookieIs
+                     : oneIn(2)                  ? Verb::initializedIs
+                                                 : Verb::initCompleteIs;
+    operation.value = one({"true", "true", "false"});
+    return operation;
+  }
+  if (draw < 10) {
+    operation.at = machinePlace(policy, 2);
+    operation.verb = oneIn(3) ? Verb::unlisten : Verb::listen;
+    operation.slot = below(kSlots);
+    operation.create = oneIn(2);
+    return operation;
+  }
+  operation.verb = Verb::call;
+  return machineCall(std::move(operation), level + (policy ? 0 : 6));
+}
+
+Operation Generator::machineCall(Operation operation, std::size_t level) {
+  static constexpr const char* kSets[] = {
+      "handleSrcIp", "handleSrcIpRange", "handleDstIp",        "handleDstIpRange",
+      "handleL3App", "handleDstL4App",   "handleDstL4AppRange"};
+  static constexpr const char* kSetKeys[] = {"const Norv::IpGenPrefix&",
+                                             "const VelaL3::VelaIpRange&",
+                                             "const Norv::IpGenPrefix&",
+                                             "const VelaL3::VelaIpRange&",
+                                             "Norv::IpProto",
+                                             "VelaL3::VelaL4App",
+                                             "const VelaL3::VelaL4AppRange&"};
+  static constexpr int kSetIds[] = {258, 259, 260, 261, 262, 265, 266};
+  const bool leaf = level == 5 || level == 9;
+  const std::size_t draw = below(10);
+  if (draw < 2) {
+    operation.value = "handleInitialized()";
+    return operation;
+  }
+  if (draw < 3 && !leaf) {
+    operation.value = "cleanup()";
+    return operation;
+  }
+  const bool whole = oneIn(2);
+  const auto choose = [&](const char* handler, const char* argument, Text key) {
+    operation.value = Text(handler) + "(" + (whole ? "" : argument) + ")";
+    operation.key = whole ? "" : std::move(key);
+  };
+  const std::size_t set = below(7);
+  switch (level) {
+    case 0:
+      choose("handlePolicySet", "const String&", device());
+      break;
+    case 1:
+    case 7:
+      if (level == 7 && oneIn(3)) {
+        operation.value = "handleTrafficInspection()";
+      } else {
+        choose("handleVrf", "const String&", oneIn(30) ? Text(101, 'w') : vrf());
+      }
+      break;
+    case 2:
+    case 8:
+      if (oneIn(3)) {
+        operation.value = "doUpdate()";
+      } else if (level == 2) {
+        choose("handleRule", "VelaL3::VelaPriority", priority());
+      } else {
+        choose("handleL3Intf", "const Norv::IpGenAddr&", address());
+      }
+      break;
+    case 3:
+      choose("handleOrigin", "const String&", origin());
+      break;
+    case 4:
+      if (oneIn(2)) {
+        choose("handleModifier", "VelaL3::VelaPolicyModifier", modifier());
+      } else {
+        operation.value = one({"handleTags()", "handleLog()", "handleAction()", "handleMatch()"});
+      }
+      break;
+    case 5:
+      choose(kSets[set], kSetKeys[set], criterion(kSetIds[set]));
+      break;
+    case 6:
+      choose("handleDevice", "const String&", device());
+      break;
+    default:
+      choose("handleSubnet", "const Norv::IpGenPrefix&", prefix());
+      break;
+  }
+  return operation;
+}
+
+// A root is stopped, and started again after a while.
+Operation Generator::rootChange() {
+  Operation stop;
+  stop.at.from = policyOnly_ || oneIn(2) ? From::policyRoot : From::serviceRoot;
+  stop.verb = Verb::stop;
+  Operation start = stop;
+  start.verb = Verb::start;
+  const auto meanwhile = [this] {
+    for (std::size_t count = below(4); count != 0; --count) {
+      pending_.push_back(plain());
+    }
+  };
+  meanwhile();
+  if (oneIn(4)) {
+    start.value = one({"version 1", "status"});
+    pending_.push_back(start);
+    meanwhile();
+    pending_.push_back(stop);
+    start.value.clear();
+  }
+  pending_.push_back(start);
+  return stop;
+}
+
+// Several operations in one place, that only together come to what is rare otherwise.
+void Generator::episode() {
+  const bool policy = policyOnly_ || !oneIn(3);
+  const std::size_t level =
+      policy
+          ? std::initializer_list<std::size_t>{0, 1, 2, 2, 3, 4, 4, 4, 5, 5, 5}.begin()[below(11)]
+          : below(4);
+  const Place entity =
+      policy ? policyPlace(From::policyV1, level) : servicePlace(From::serviceV1, level);
+  Operation toMachine;
+  toMachine.at = entity;
+  toMachine.at.from = policy ? From::policyRoot : From::serviceRoot;
+  if (policy && level == 5) {
+    toMachine.at.steps.back().second = "match";
+  }
+  toMachine.verb = Verb::call;
+  pending_.push_back(changeAt(policy, entity, level));
+  switch (below(4)) {
+    case 0:
+      missedChanges(policy, entity, toMachine.at);
+      break;
+    case 1:
+      replacement(policy, entity);
+      break;
+    case 2:
+      toMachine.value = "handleInitialized()";
+      pending_.push_back(toMachine);
+      break;
+    default:
+      toMachine.value = "cleanup()";
+      pending_.push_back(toMachine);
+      for (std::size_t count = 1 + below(4); count != 0; --count) {
+        pending_.push_back(oneIn(2) ? changeAt(policy, entity, level)
+                                    : machineCall(toMachine, level + (policy ? 0 : 6)));
+      }
+      toMachine.value = "handleInitialized()";
+      pending_.push_back(toMachine);
+      break;
+  }
+}
+
+// A machine is switched off or marked, misses changes, and walks.
+void Generator::missedChanges(bool policy, const Place& entity, const Place& machine) {
+  const std::size_t level = entity.steps.size();
+  Operation toMachine;
+  toMachine.at = machine;
+  const bool marked = oneIn(3);
+  toMachine.verb = marked ? Verb::mark : Verb::suspend;
+  pending_.push_back(toMachine);
+  for (std::size_t count = 1 + below(4); count != 0; --count) {
+    pending_.push_back(changeAt(policy, entity, level));
+  }
+  toMachine.verb = marked ? Verb::unmark : Verb::resume;
+  pending_.push_back(toMachine);
+  toMachine.verb = Verb::call;
+  for (std::size_t count = 1 + below(2); count != 0; --count) {
+    pending_.push_back(machineCall(toMachine, level + (policy ? 0 : 6)));
+  }
+}
+
+// An entity gives way to another one under the same key, unseen; then its owner is told.
+void Generator::replacement(bool policy, Place entity) {
+  if (entity.steps.empty()) {
+    return;
+  }
+  const std::size_t level = entity.steps.size() - 1;
+  const auto [id, key] = entity.steps.back();
+  entity.steps.pop_back();
+  Operation toMachine;
+  toMachine.at = entity;
+  toMachine.at.from = policy ? From::policyRoot : From::serviceRoot;
+  toMachine.verb = Verb::suspend;
+  pending_.push_back(toMachine);
+  Operation change;
+  change.at = entity;
+  change.id = id;
+  change.key = key;
+  for (const Verb verb : {Verb::erase, Verb::put}) {
+    change.verb = verb;
+    pending_.push_back(change);
+  }
+  Place below = entity;
+  below.steps.emplace_back(id, key);
+  pending_.push_back(changeAt(policy, below, level + 1));
+  toMachine.verb = Verb::resume;
+  pending_.push_back(toMachine);
+  change.verb = Verb::notify;
+  pending_.push_back(change);
+}
+
+// Somebody holds on to an entity or a machine, or lets it go.
+Operation Generator::keeping() {
+  Operation operation;
+  operation.slot = below(kSlots);
+  switch (below(4)) {
+    case 0:
+      operation.verb = oneIn(2) ? Verb::forget : Verb::release;
+      break;
+    case 1:
+      operation.verb = Verb::hold;
+      operation.at = oneIn(2) ? machinePlace(true, below(6)) : machinePlace(false, below(4));
+      break;
+    default: {
+      // What is kept is changed like anything else.
+      Operation change = plain();
+      if (oneIn(2) || change.at.steps.empty()) {
+        operation.verb = Verb::keep;
+        operation.at = change.at;
+        return operation;
+      }
+      const auto keep = static_cast<std::ptrdiff_t>(below(change.at.steps.size()));
+      const std::size_t cut = change.at.steps.size() - static_cast<std::size_t>(keep);
+      change.at.type = typeAt(change.at.from, cut);
+      change.at.steps.erase(change.at.steps.begin(), change.at.steps.end() - keep);
+      change.at.from = From::kept;
+      change.at.slot = operation.slot;
+      return change;
+    }
+  }
+  return operation;
+}
+
+Operation Generator::observing(int depth) {
+  Operation operation;
+  operation.slot = below(kSlots);
+  if (oneIn(4)) {
+    operation.verb = Verb::unobserve;
+    return operation;
+  }
+  operation.verb = Verb::observe;
+  operation.times = 1 + static_cast<int>(below(3));
+  switch (below(5)) {
+    case 0:
+      operation.at.from = From::status;
+      operation.at.steps.emplace_back(257, recordName());
+      break;
+    case 1:
+    case 2:
+      operation.at = servicePlace(From::serviceV2, below(4));
+      break;
+    default:
+      operation.at = policyPlace(From::policyV2, below(6));
+      break;
+  }
+  const From from = operation.at.from;
+  const std::size_t level = operation.at.steps.size();
+  for (std::size_t count = 1 + below(3); count != 0; --count) {
+    if (from == From::status || oneIn(3)) {
+      operation.nested.push_back(anything(depth + 1));
+      continue;
+    }
+    // What makes the machine wait that has just written here.
+    const bool policy = from == From::policyV2;
+    operation.nested.push_back(changeAt(
+        policy, policy ? policyPlace(From::policyV1, level) : servicePlace(From::serviceV1, level),
+        level));
+  }
+  return operation;
+}
+
+}  // namespace Reference

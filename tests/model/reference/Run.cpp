@@ -1,0 +1,131 @@
+#include "model/reference/Run.h"
+
+#include "model/reference/Comparison.h"
+#include "model/reference/Generator.h"
+
+namespace Reference {
+namespace {
+
+// Where the logs part, with the line before.
+Text logDifference(const Text& model, const Text& library) {
+  std::size_t at = 0;
+  while (at != model.size() && at != library.size() && model[at] == library[at]) {
+    ++at;
+  }
+  const std::size_t before = at == 0 ? Text::npos : model.rfind('\n', at - 1);
+  const std::size_t begin = before == Text::npos ? 0 : before + 1;
+  const std::size_t last = begin < 2 ? Text::npos : model.rfind('\n', begin - 2);
+  const Text common = begin == 0 ? Text("(nothing)\n")
+                                 : model.substr(last == Text::npos ? 0 : last + 1,
+                                                begin - (last == Text::npos ? 0 : last + 1));
+  const auto lineAt = [begin](const Text& log) {
+    return begin >= log.size() ? Text("(the end)")
+                               : log.substr(begin, log.find('\n', begin) - begin);
+  };
+  return "the logs part\n  after     " + common + "  expected  " + lineAt(model) +
+         "\n  got       " + lineAt(library);
+}
+
+}  // namespace
+
+Outcome run(const std::vector<Operation>& operations, bool journal, std::size_t every) {
+  Outcome outcome;
+  ModelSide model(journal);
+  LibrarySide library(journal);
+  const auto step = [&](const auto& each, bool compareAll) {
+    model.world.log.clear();
+    library.log.clear();
+    library.time = static_cast<double>(++outcome.operations);
+    model.world.time = std::to_string(outcome.operations) + ".000000";
+    each(model);
+    each(library);
+    if (model.world.log != library.log) {
+      outcome.difference = logDifference(model.world.log, library.log);
+    } else if (compareAll) {
+      ++outcome.comparisons;
+      outcome.difference = differenceOf(model, library);
+    }
+    return outcome.difference.empty();
+  };
+  for (const Operation& operation : operations) {
+    const bool last = &operation == &operations.back();
+    if (!step([&](auto& side) { side.apply(operation); },
+              last || (outcome.operations + 1) % every == 0)) {
+      break;
+    }
+  }
+  if (outcome.difference.empty()) {
+    step([](auto& side) { side.close(); }, true);
+    --outcome.operations;
+  }
+  outcome.hits = std::move(model.world.hits);
+  return outcome;
+}
+
+std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count, bool& journal) {
+  Generator generator(seed);
+  journal = generator.journal();
+  std::vector<Operation> operations(count);
+  for (Operation& operation : operations) {
+    operation = generator.next();
+  }
+  return operations;
+}
+
+std::vector<Operation> calmOperationsOf(std::uint64_t seed, std::size_t count) {
+  Generator generator(seed, true);
+  std::vector<Operation> operations(count);
+  for (Operation& operation : operations) {
+    operation = generator.next();
+  }
+  return operations;
+}
+
+std::vector<Operation> shrunk(std::vector<Operation> operations, bool journal) {
+  const auto fails = [journal](const std::vector<Operation>& some, std::size_t& done) {
+    const Outcome outcome = run(some, journal, 1);
+    done = outcome.operations;
+    return !outcome.difference.empty();
+  };
+  std::size_t done = 0;
+  if (!fails(operations, done)) {
+    return operations;
+  }
+  operations.resize(std::min(done, operations.size()));
+  // Leaves out pieces, from halves down to single ones, as long as the rest still differs.
+  for (std::size_t piece = std::max<std::size_t>(operations.size() / 2, 1);;) {
+    bool left = false;
+    for (std::size_t at = 0; at < operations.size();) {
+      std::vector<Operation> rest = operations;
+      const auto from = rest.begin() + static_cast<std::ptrdiff_t>(at);
+      rest.erase(from, from + static_cast<std::ptrdiff_t>(std::min(piece, rest.size() - at)));
+      if (fails(rest, done)) {
+        rest.resize(std::min(done, rest.size()));
+        operations = std::move(rest);
+        left = true;
+      } else {
+        at += piece;
+      }
+    }
+    if (piece > 1) {
+      piece /= 2;
+    } else if (!left) {
+      break;
+    }
+  }
+  // The same within what observers do.
+  for (Operation& operation : operations) {
+    for (std::size_t at = 0; at < operation.nested.size();) {
+      const Operation without = operation.nested[at];
+      operation.nested.erase(operation.nested.begin() + static_cast<std::ptrdiff_t>(at));
+      if (!fails(operations, done)) {
+        operation.nested.insert(operation.nested.begin() + static_cast<std::ptrdiff_t>(at),
+                                without);
+        ++at;
+      }
+    }
+  }
+  return operations;
+}
+
+}  // namespace Reference

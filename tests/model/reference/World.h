@@ -1,0 +1,26 @@
+#pragma once
+
+#include <map>
+#include <string_view>
+#include <tuple>
+
+#include "model/reference/Collection.h"
+
+namespace Reference {
+
+/// How often each trace site and each branch without one was come by: class, form, level (0 for a
+/// branch), first piece.
+using Hits = std::map<std::tuple<const char*, const char*, int, const char*>, long>;
+
+/// What all objects of one reference world share: the clock, and what was seen of them.
+struct World {
+  bool journal = false;  ///< log the notifications of version 2 and of the records as well
+  Text time;             ///< what the clock says
+  Text log;              ///< trace lines and, with the journal, notifications, in order
+  Hits hits;
+  std::map<std::string_view, long> live;  ///< machines and cookies by type
+
+  void line(std::string_view text) { log.append(text).append("\n"); }
+};
+
+}  // namespace Reference

@@ -1,0 +1,216 @@
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <string_view>
+
+#include "model/reference/Run.h"
+#include "model/reference/Scratch.h"
+#include "model/reference/Worlds.h"
+
+namespace {
+
+using namespace Reference;  // NOLINT(google-build-using-namespace): this is its program
+
+constexpr const char* kUsage = R"(usage: reference random  FROM-TO OPERATIONS EVERY [SITES LEAST]
+       reference scratch FROM-TO OPERATIONS EVERY
+       reference worlds  DEPTH [PART PARTS]
+       reference prove   SECONDS FIRST
+
+Sets the library beside the reference model, the state machines' second implementation.
+
+  random   does OPERATIONS operations for each seed FROM to TO to a world of either, compares trace
+           lines and notifications after each, the whole worlds after each EVERY-th. Fails at the
+           first difference, which is shrunk and printed; and, given SITES, when one of the trace
+           sites and branches listed there was come by less than LEAST times (a file that is not
+           there yet is written)
+  scratch  the same for a translation that has followed every change beside a fresh one, after each
+           EVERY-th operation
+  worlds   does all sequences of DEPTH out of 16 operations, in a tiny world of each tree; given
+           PART and PARTS, only that part of them
+  prove    random with one seed after the other, FIRST at first, for so long
+)";
+
+struct Arguments {
+  int count;
+  char** words;
+
+  std::size_t number(int at, std::size_t otherwise) const {
+    return at < count ? std::strtoull(words[at], nullptr, 10) : otherwise;
+  }
+  std::pair<std::uint64_t, std::uint64_t> seeds(int at) const {
+    char* end = nullptr;
+    const std::uint64_t from = std::strtoull(words[at], &end, 10);
+    return {from, *end == '-' ? std::strtoull(end + 1, nullptr, 10) : from};
+  }
+};
+
+void print(const std::vector<Operation>& operations) {
+  for (const Operation& operation : operations) {
+    std::printf("  %s", textOf(operation).c_str());
+  }
+}
+
+void fail(std::uint64_t seed, const std::vector<Operation>& operations, bool journal) {
+  const std::vector<Operation> few = shrunk(operations, journal);
+  std::printf("seed %llu differs. As few operations as differ:\n",
+              static_cast<unsigned long long>(seed));
+  print(few);
+  std::printf("As change lines for vpm replay, where there are such:\n");
+  for (const Operation& operation : few) {
+    if (const Text line = changeLineOf(operation); !line.empty()) {
+      std::printf("%s\n", line.c_str());
+    }
+  }
+  std::printf("%s\n", run(few, journal, 1).difference.c_str());
+}
+
+// How often each site was come by, by its text.
+std::map<Text, long> named(const Hits& hits) {
+  std::map<Text, long> all;
+  for (const auto& [site, count] : hits) {
+    const auto& [name, form, level, piece] = site;
+    all[Text(name) + "::" + form + " " + (level == 0 ? "branch" : std::to_string(level)) + " \"" +
+        piece + "\""] += count;
+  }
+  return all;
+}
+
+int checkSites(const Hits& hits, const char* path, long least) {
+  const auto all = named(hits);
+  std::ifstream known(path);
+  if (!known) {
+    std::ofstream made(path);
+    for (const auto& [site, count] : all) {
+      made << site << "\n";
+    }
+  }
+  int status = 0;
+  for (Text site; std::getline(known, site);) {
+    const auto found = all.find(site);
+    const long count = found == all.end() ? 0 : found->second;
+    if (count < least) {
+      std::printf("come by %ld times instead of %ld: %s\n", count, least, site.c_str());
+      status = 1;
+    }
+  }
+  return status;
+}
+
+// Runs one seed and adds it up; false when it differs.
+bool runSeed(std::uint64_t seed, std::size_t count, std::size_t every, Outcome& sum) {
+  bool journal = false;
+  const auto operations = operationsOf(seed, count, journal);
+  const Outcome outcome = run(operations, journal, every);
+  if (!outcome.difference.empty()) {
+    fail(seed, operations, journal);
+    return false;
+  }
+  sum.operations += outcome.operations;
+  sum.comparisons += outcome.comparisons;
+  for (const auto& [site, hits] : outcome.hits) {
+    sum.hits[site] += hits;
+  }
+  return true;
+}
+
+void printSum(const Outcome& sum) {
+  std::printf("%zu operations, %zu comparisons of whole worlds, no difference\n", sum.operations,
+              sum.comparisons);
+}
+
+int prove(const Arguments& arguments) {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + std::chrono::seconds(arguments.number(2, 60));
+  const std::uint64_t first = arguments.number(3, 1);
+  std::uint64_t seed = first;
+  Outcome sum;
+  for (; Clock::now() < end; ++seed) {
+    if (!runSeed(seed, 1000, 10, sum)) {
+      return 1;
+    }
+  }
+  std::printf("seeds %llu to %llu: ", static_cast<unsigned long long>(first),
+              static_cast<unsigned long long>(seed - 1));
+  printSum(sum);
+  return 0;
+}
+
+int random(const Arguments& arguments) {
+  const auto [from, to] = arguments.seeds(2);
+  Outcome sum;
+  for (std::uint64_t seed = from; seed <= to; ++seed) {
+    if (!runSeed(seed, arguments.number(3, 1000), arguments.number(4, 10), sum)) {
+      return 1;
+    }
+  }
+  printSum(sum);
+  return arguments.count > 6
+             ? checkSites(sum.hits, arguments.words[5], static_cast<long>(arguments.number(6, 1)))
+             : 0;
+}
+
+int scratch(const Arguments& arguments) {
+  const auto [from, to] = arguments.seeds(2);
+  ScratchOutcome sum;
+  for (std::uint64_t seed = from; seed <= to; ++seed) {
+    const auto operations = calmOperationsOf(seed, arguments.number(3, 300));
+    const ScratchOutcome outcome = compareWithScratch(operations, arguments.number(4, 10));
+    if (!outcome.difference.empty()) {
+      std::printf("seed %llu, after operation %zu: %s\n", static_cast<unsigned long long>(seed),
+                  outcome.operations, outcome.difference.c_str());
+      print({operations.begin(),
+             operations.begin() + static_cast<std::ptrdiff_t>(outcome.operations)});
+      return 1;
+    }
+    sum.operations += outcome.operations;
+    sum.comparisons += outcome.comparisons;
+    for (const auto& [reason, count] : outcome.intended) {
+      sum.intended[reason] += count;
+    }
+  }
+  std::printf(
+      "%zu operations, %zu comparisons with a fresh translation; differences, all intended:\n",
+      sum.operations, sum.comparisons);
+  for (const auto& [reason, count] : sum.intended) {
+    std::printf("  %s: %zu\n", reason.c_str(), count);
+  }
+  return 0;
+}
+
+int worlds(const Arguments& arguments) {
+  for (const bool policy : {true, false}) {
+    const WorldsOutcome outcome = everyHistory(policy, arguments.number(2, 3),
+                                               arguments.number(3, 0), arguments.number(4, 1));
+    std::printf("%s: %zu histories, %zu operations\n", policy ? "policy" : "service device",
+                outcome.histories, outcome.operations);
+    if (!outcome.difference.empty()) {
+      print(outcome.history);
+      std::printf("%s\n", outcome.difference.c_str());
+      return 1;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Arguments arguments{argc, argv};
+  const std::string_view what = argc > 2 ? argv[1] : "";
+  if (what == "random") {
+    return random(arguments);
+  }
+  if (what == "prove") {
+    return prove(arguments);
+  }
+  if (what == "scratch") {
+    return scratch(arguments);
+  }
+  if (what == "worlds") {
+    return worlds(arguments);
+  }
+  std::fputs(kUsage, stderr);
+  return 2;
+}
