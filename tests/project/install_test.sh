@@ -40,7 +40,7 @@ for library in velaframework velamodel velapolicytranslate; do
     fail "lib$library.so does not find its neighbours"
 done
 
-for file in man/man1/vpm.1 bash-completion/completions/vpm zsh/site-functions/_vpm \
+for file in man/man1/vpm.1.gz bash-completion/completions/vpm zsh/site-functions/_vpm \
   fish/vendor_completions.d/vpm.fish; do
   [[ -s $prefix/share/$file ]] || fail "share/$file is missing"
 done
