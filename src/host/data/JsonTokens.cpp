@@ -29,7 +29,12 @@ JsonScalar JsonTokens::scalarOf(ondemand::value& value) const {
   const JsonKind kind = kindOf(take(value.type()));
   const std::string_view token = value.raw_json_token();
   if (kind == JsonKind::text) {
-    return {kind, inside(token.data() + 1)};
+    const std::string_view content = inside(token.data() + 1);
+    // The parser would take it for the name of a member, and go on behind the colon.
+    if (isBeforeColon(content.data() + content.size())) {
+      stumble();
+    }
+    return {kind, content};
   }
   const std::string_view raw = trimmed(token);
   // The parser has looked at the first character only.
@@ -53,6 +58,14 @@ std::string_view JsonTokens::inside(const char* begin) const {
     at += *at == '\\' ? 2 : 1;
   }
   return {begin, static_cast<std::size_t>(std::min(at, end) - begin)};
+}
+
+/// Whether a colon follows the text that ends with the quote at `quote`.
+bool JsonTokens::isBeforeColon(const char* quote) const {
+  const char* const end = text_.data() + text_.size();
+  const std::string_view behind(std::min(quote + 1, end), end);
+  const std::size_t next = behind.find_first_not_of(kJsonBlanks);
+  return next != std::string_view::npos && behind[next] == ':';
 }
 
 }  // namespace Host

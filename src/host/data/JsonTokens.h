@@ -28,13 +28,16 @@ class JsonTokens {
 
  private:
   std::string_view inside(const char* begin) const;
+  bool isBeforeColon(const char* quote) const;
 
   std::string_view text_;
 };
 
+inline constexpr std::string_view kJsonBlanks = " \t\r\n";
+
 /// Without the blanks behind it.
 inline std::string_view trimmed(std::string_view token) {
-  return token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
+  return token.substr(0, token.find_last_not_of(kJsonBlanks) + 1);
 }
 
 /// With the quotes around it.

@@ -57,6 +57,8 @@ INSTANTIATE_TEST_SUITE_P(
                     BadLine{R"(@12)", "a change line is an object"},
                     BadLine{R"(@"text")", "a change line is an object"},
                     BadLine{R"(@null)", "found null"},
+                    BadLine{R"({"update":[{"path":"$ORIGIN/tags","value":"a"@:[1]}}]})",
+                            "expected a comma or the closing brace"},
                     BadLine{R"({@)", "the line ends inside the object that begins at column 1"},
                     BadLine{R"({"show":["v2"]@)", "the line ends inside the object"},
                     BadLine{R"({"show":["v2"],@})", "a comma stands before this brace"},

@@ -81,6 +81,12 @@ const std::vector<Bad> kBad{
     {"CommaBehindTheLastEntry", inMatch(R"("l3-app": [6,@])"),
      "a comma stands before this bracket"},
     {"WrongBracket", inMatch(R"("l3-app": [6@})"), "expected a comma or the closing bracket ]"},
+    {"ColonBehindAKey",
+     R"({"vela-l3:policy-source":{"policy-set":[{"device-name":"fw1","policy":[{"vrf-name":"n","rule":)"
+     R"([{"priority":20000,"origin":[{"name":"w"@:[1]}}]}]}]}]}})",
+     "found ':'; expected a comma or the closing brace }"},
+    {"ColonBehindAText", inOrigin(R"("tags": "a" @: [1]})"),
+     "found ':'; expected a comma or the closing brace }"},
     {"MissingColon", R"({"vela-l3:policy-source" @{}})", "found '{'; expected a colon"},
     {"MissingValue", R"({"vela-l3:policy-source": @})", "found '}'; expected a value"},
     {"NameWithoutQuotes", "{@policy-source: {}}", "expected the name of a member in double quotes"},
