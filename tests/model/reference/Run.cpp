@@ -1,5 +1,10 @@
 #include "model/reference/Run.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+
 #include "model/reference/Comparison.h"
 #include "model/reference/Generator.h"
 
@@ -24,6 +29,30 @@ Text logDifference(const Text& model, const Text& library) {
   };
   return "the logs part\n  after     " + common + "  expected  " + lineAt(model) +
          "\n  got       " + lineAt(library);
+}
+
+// So that operations that end the process can be told and left out like others. `done` becomes how
+// many were done, up to the difference or the end.
+bool failsInAProcessOfItsOwn(const std::vector<Operation>& operations, bool journal,
+                             std::size_t& done) {
+  done = operations.size();
+  std::array<int, 2> pipes{};
+  if (::pipe(pipes.data()) != 0) {
+    return false;
+  }
+  const pid_t child = ::fork();
+  if (child == 0) {
+    static_cast<void>(::close(STDERR_FILENO));
+    const Outcome outcome = run(operations, journal, 1);
+    const bool told =
+        ::write(pipes[1], &outcome.operations, sizeof outcome.operations) == sizeof done;
+    ::_exit(told && outcome.difference.empty() ? 0 : 1);
+  }
+  ::close(pipes[1]);
+  const bool told = ::read(pipes[0], &done, sizeof done) == sizeof done;
+  ::close(pipes[0]);
+  int status = 0;
+  return ::waitpid(child, &status, 0) == child && (!told || status != 0);
 }
 
 }  // namespace
@@ -83,9 +112,7 @@ std::vector<Operation> calmOperationsOf(std::uint64_t seed, std::size_t count) {
 
 std::vector<Operation> shrunk(std::vector<Operation> operations, bool journal) {
   const auto fails = [journal](const std::vector<Operation>& some, std::size_t& done) {
-    const Outcome outcome = run(some, journal, 1);
-    done = outcome.operations;
-    return !outcome.difference.empty();
+    return failsInAProcessOfItsOwn(some, journal, done);
   };
   std::size_t done = 0;
   if (!fails(operations, done)) {

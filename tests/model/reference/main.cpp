@@ -1,4 +1,5 @@
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -17,6 +18,7 @@ constexpr const char* kUsage = R"(usage: reference random  FROM-TO OPERATIONS EV
        reference scratch FROM-TO OPERATIONS EVERY
        reference worlds  DEPTH [PART PARTS]
        reference prove   SECONDS FIRST
+       reference shrink  SEED OPERATIONS
 
 Sets the library beside the reference model, the state machines' second implementation.
 
@@ -30,6 +32,7 @@ Sets the library beside the reference model, the state machines' second implemen
   worlds   does all sequences of DEPTH out of 16 operations, in a tiny world of each tree; given
            PART and PARTS, only that part of them
   prove    random with one seed after the other, FIRST at first, for so long
+  shrink   finds and prints the fewest operations of a seed that still differ or end the process
 )";
 
 struct Arguments {
@@ -63,6 +66,7 @@ void fail(std::uint64_t seed, const std::vector<Operation>& operations, bool jou
       std::printf("%s\n", line.c_str());
     }
   }
+  std::fflush(stdout);
   std::printf("%s\n", run(few, journal, 1).difference.c_str());
 }
 
@@ -100,6 +104,17 @@ int checkSites(const Hits& hits, const char* path, long least) {
 
 // Runs one seed and adds it up; false when it differs.
 bool runSeed(std::uint64_t seed, std::size_t count, std::size_t every, Outcome& sum) {
+  static std::uint64_t current;
+  current = seed;
+  // Of what ends the process, too, the seed is wanted.
+  const auto tell = [](int signal) {
+    std::fprintf(stderr, "seed %llu ends the process; see reference shrink\n",
+                 static_cast<unsigned long long>(current));
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  };
+  std::signal(SIGABRT, tell);
+  std::signal(SIGSEGV, tell);
   bool journal = false;
   const auto operations = operationsOf(seed, count, journal);
   const Outcome outcome = run(operations, journal, every);
@@ -113,6 +128,13 @@ bool runSeed(std::uint64_t seed, std::size_t count, std::size_t every, Outcome& 
     sum.hits[site] += hits;
   }
   return true;
+}
+
+int shrink(const Arguments& arguments) {
+  bool journal = false;
+  const auto operations = operationsOf(arguments.number(2, 1), arguments.number(3, 1000), journal);
+  fail(arguments.number(2, 1), operations, journal);
+  return 0;
 }
 
 void printSum(const Outcome& sum) {
@@ -201,6 +223,9 @@ int main(int argc, char** argv) {
   const std::string_view what = argc > 2 ? argv[1] : "";
   if (what == "random") {
     return random(arguments);
+  }
+  if (what == "shrink") {
+    return shrink(arguments);
   }
   if (what == "prove") {
     return prove(arguments);
