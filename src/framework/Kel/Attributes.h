@@ -202,7 +202,7 @@ constexpr Seconds initial<Seconds>() {
   }
 
 /// A set of keys: x() is the whole, x(key) whether it is a member, xIs(key) inserts, xDel(key)
-/// removes, xDelAll() removes all; what changes nothing notifies nobody.
+/// removes, xDelAll() removes all; what changes nothing notifies nobody. xReserve(size) makes room.
 #define KEL_SET(id_, x, K)                                                                \
  private:                                                                                 \
   Kel::Set<K> x##_;                                                                       \
@@ -214,6 +214,7 @@ constexpr Seconds initial<Seconds>() {
   void x##Is(const K& key) { this->insertMember(x##_, key, id_); }                        \
   void x##Del(const K& key) { this->eraseMember(x##_, key, id_); }                        \
   void x##DelAll() { this->eraseMembers(x##_, id_); }                                     \
+  void x##Reserve(std::size_t size) { x##_.reserve(size); }                               \
   static constexpr Kel::Row kelRow(Kel::Id<id_>) {                                        \
     return Kel::Impl::setRow<Self, K, &Self::x##_, &Self::x##Is, &Self::x##Del>(id_, #x); \
   }
