@@ -8,6 +8,7 @@ cost against size, BUILD/*.svg. All figures are medians over repetitions that ta
 other; quick takes one process of each, and a smaller document.
 """
 
+import contextlib
 import glob
 import json
 import os
@@ -18,6 +19,7 @@ import sys
 import tempfile
 import time
 
+import lttng
 from goals import GOALS, PLOTS
 from plot import plot
 from scale import document, prefix, rule, write
@@ -68,6 +70,14 @@ def heaps():
             print(f"{name} is not installed: left out")
 
 
+def lttng_of(build):
+    """A session for bench_lttng, if that could be built."""
+    if os.path.exists(f"{build}/bin/bench_lttng"):
+        return lttng.session()
+    print("LTTng-UST is not installed: left out")
+    return contextlib.nullcontext()
+
+
 def translation(vpm, path):
     """Seconds and peak memory in MiB of one `vpm translate`."""
     start = time.perf_counter()
@@ -101,7 +111,7 @@ def measure_all(build, rounds, repetitions, entries):
             figures.setdefault(key, []).extend(values)
 
     others = list(heaps())
-    with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+    with tempfile.NamedTemporaryFile("w", suffix=".json") as file, lttng_of(build) as session:
         write(large_document, entries, file)
         environment = {"BENCH_DOCUMENT": file.name}
         for _ in range(rounds):
@@ -111,6 +121,8 @@ def measure_all(build, rounds, repetitions, entries):
                 only = [*options, "--benchmark_filter=^object.*/floor"]
                 some = run(f"{build}/bin/bench_framework", {"LD_PRELOAD": library}, only)
                 add({(measure, name): values for (measure, _), values in some.items()})
+            if session is not None:
+                add(run(f"{build}/bin/bench_lttng", session, options))
             seconds, peak = translation(f"{build}/bin/vpm", file.name)
             add({("vpm translate, seconds", "ours"): [seconds]})
             add({("vpm translate, peak memory in MiB", "ours"): [peak]})
