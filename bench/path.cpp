@@ -49,13 +49,28 @@ void mirroredChange(long times) {
   }
 }
 
-void traceRecord(long times) {
+void records(long times) {
+  static constexpr Pario::Source kSource{"Bench", "void Bench::", "path.cpp"};
+  for (; times != 0; --times) {
+    Pario::write({kSource, "record()", {6, 1}}, " interface ", std::string_view("GigEthernet4"),
+                 " number ", times);
+  }
+}
+
+void recordsOfAnEvent(long times) {
   const Tracing tracing;
   const Pario::Event event;
-  for (; times != 0; --times) {
-    Pario::write({"Bench", "void Bench::", "record()", 6, "path.cpp", 1}, " interface ",
-                 std::string_view("GigEthernet4"), " number ", times);
-  }
+  records(times);
+}
+
+void recordsByThemselves(long times) {
+  const Tracing tracing;
+  records(times);
+}
+
+void tracedChange(long times) {
+  const Tracing tracing;
+  mirroredChange(times);
 }
 
 void objectPair(long times) {
@@ -80,7 +95,9 @@ void setHit(long times) {
 const std::map<std::string, void (*)(long)> kPaths{
     {"notification of 8 subscribers", notification},
     {"insertion and deletion through a mirror", mirroredChange},
-    {"trace record", traceRecord},
+    {"insertion and deletion through a mirror, ring on", tracedChange},
+    {"trace record", recordsOfAnEvent},
+    {"trace record with its own clock read", recordsByThemselves},
     {"object creation and destruction", objectPair},
     {"set hit", setHit},
 };

@@ -17,6 +17,7 @@ namespace Bench {
 namespace {
 
 constexpr std::string_view kText = "GigEthernet4";
+constexpr Pario::Source kSource{"Bench", "void Bench::", "trace.cpp"};
 
 /// The default ring for as long as this lives: memory without a name, as of a ring without files.
 class Ring {
@@ -32,8 +33,7 @@ class Ring {
 
 void record(std::string_view text, std::uint64_t number) {
   if (Pario::on(6)) {
-    Pario::write({"Bench", "void Bench::", "record()", 6, "trace.cpp", 1}, " interface ", text,
-                 " number ", number);
+    Pario::write({kSource, "record()", {6, 1}}, " interface ", text, " number ", number);
   }
 }
 

@@ -9,21 +9,23 @@
 
 namespace VelaPolicyMonitor {
 
-/// What the trace lines of one class of state machines have in common.
+/// What the trace lines of one class of state machines, written in one file, have in common.
 struct TraceScope {
-  const char* scope;  ///< what stands before the handler's form: "void Namespace::Class::"
+  Pario::Source source;
   const char* leave;  ///< the last piece of an exit line: "return", or " return" with a blank
+
+  /// `scope` is what stands before the handler's form: "void Namespace::Class::".
+  consteval TraceScope(const char* scope, const char* exit, const char* file = __builtin_FILE())
+      : source{"VelaPolicyMonitor", scope, file}, leave(exit) {}
 };
 
 /// The first literal of a trace line, and where in the source the line is written.
 struct Lead {
   const char* text;
-  const char* file;
   std::uint32_t line;
 
-  consteval Lead(const char* literal = "", const char* at = __builtin_FILE(),  // NOLINT
-                 std::uint32_t atLine = __builtin_LINE())
-      : text(literal), file(at), line(atLine) {}
+  consteval Lead(const char* literal = "", std::uint32_t atLine = __builtin_LINE())  // NOLINT
+      : text(literal), line(atLine) {}
 };
 
 /// One run of a handler: while it lives the state machine is busy, and its lines are traced to both
@@ -49,7 +51,7 @@ class Handling {
   [[gnu::always_inline]] Handling(Sm& sm, const TraceScope& scope, const char* form) noexcept
       : busy_(sm), scope_(scope), form_(form), place_(sm.tracePlace()) {
     if (event_.isOpen() && Pario::measuring()) [[unlikely]] {
-      measured_ = HandlerTimes::begin(scope.scope, form);
+      measured_ = HandlerTimes::begin(scope.source.scope, form);
     }
   }
   template <class Sm, class Part>
@@ -71,35 +73,33 @@ class Handling {
 
   /// The entry line, level 8.
   template <class... Pieces>
-  void enter(Lead lead = {}, const Pieces&... pieces) const {
+  [[gnu::always_inline]] void enter(Lead lead = {}, const Pieces&... pieces) const {
     line(8, lead, pieces...);
   }
   /// A decision to add or remove, level 6.
   template <class... Pieces>
-  void act(Lead lead, const Pieces&... pieces) const {
+  [[gnu::always_inline]] void act(Lead lead, const Pieces&... pieces) const {
     line(6, lead, pieces...);
   }
   /// A decision at a level of its own.
   template <class... Pieces>
-  void decide(unsigned level, Lead lead, const Pieces&... pieces) const {
+  [[gnu::always_inline]] void decide(unsigned level, Lead lead, const Pieces&... pieces) const {
     line(level, lead, pieces...);
   }
   /// The exit line, level 7.
-  void leave(const char* file = __builtin_FILE(), std::uint32_t atLine = __builtin_LINE()) const {
+  [[gnu::always_inline]] void leave(std::uint32_t atLine = __builtin_LINE()) const {
     if (Pario::on(7)) {
-      Pario::write({kFacility, scope_.scope, form_, 7, file, atLine, place()},
-                   Pario::Literal{scope_.leave});
+      Pario::write({scope_.source, form_, {7, atLine}, place()}, Pario::Literal{scope_.leave});
     }
   }
 
  private:
-  static constexpr const char* kFacility = "VelaPolicyMonitor";
-
   template <class... Pieces>
-  void line(unsigned level, const Lead& lead, const Pieces&... pieces) const {
+  [[gnu::always_inline]] void line(unsigned level, const Lead& lead,
+                                   const Pieces&... pieces) const {
     if (Pario::on(level)) {
-      Pario::write({kFacility, scope_.scope, form_, level, lead.file, lead.line, place()},
-                   Pario::Literal{lead.text}, pieces...);
+      Pario::write({scope_.source, form_, {level, lead.line}, place()}, Pario::Literal{lead.text},
+                   pieces...);
     }
   }
 

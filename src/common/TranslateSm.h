@@ -153,10 +153,10 @@ static_assert(sizeof(TranslateSm) == 16);
 class Busy {
  public:
   /// `sm` has to live as long as this.
-  explicit Busy(TranslateSm& sm) noexcept : sm_(sm) { ++sm.depth_; }
+  [[gnu::always_inline]] explicit Busy(TranslateSm& sm) noexcept : sm_(sm) { ++sm.depth_; }
   Busy(const Busy&) = delete;
   Busy& operator=(const Busy&) = delete;
-  ~Busy() noexcept(false) {
+  [[gnu::always_inline]] ~Busy() noexcept(false) {
     if (sm_.depth_ == 1 && sm_.attention_) {
       sm_.settle();
     } else {

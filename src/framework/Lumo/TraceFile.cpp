@@ -3,7 +3,6 @@
 #include <sys/random.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -72,21 +71,21 @@ PacketHeader& TraceFile::packet(std::size_t index) const noexcept {
   return *std::launder(reinterpret_cast<PacketHeader*>(segments_->at(index)));
 }
 
-std::byte* TraceFile::beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp,
-                                  double seconds, std::uint64_t subject) noexcept {
+std::byte* TraceFile::begin(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                            double seconds, std::uint64_t subject) noexcept {
   if (!lock_.enter()) {
     drop();
     return nullptr;
   }
   const std::size_t needed = kRecordHeader + size;
-  stamp = std::max(stamp, last_ + 1);
+  stamp = rising(stamp);
   if ((site >= published_ && !publish()) ||
       (static_cast<std::size_t>(end_ - at_) < needed && !nextSegment(needed, stamp))) {
     drop();
     lock_.leave();
     return nullptr;
   }
-  return beginHere(site, stamp, seconds, subject);
+  return open(site, stamp, seconds, subject);
 }
 
 bool TraceFile::publish() noexcept {

@@ -84,38 +84,38 @@ class TraceFile {
   /// affair. After a place was returned, exactly one of `finish` and `abandon` must follow, from
   /// the same thread and soon: until then no other record can be written.
   std::byte* begin(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
-                   std::uint64_t subject = 0) noexcept {
-    std::byte* const place = tryBegin(site, size, stamp, seconds, subject);
-    return place != nullptr ? place : beginSlowly(site, size, stamp, seconds, subject);
-  }
-
-  /// As `begin`, but gives up with null, and without a trace of it, when more than storing a few
-  /// numbers is needed. Then `begin` decides.
-  std::byte* tryBegin(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
-                      std::uint64_t subject = 0) noexcept {
-    if (!lock_.tryEnter()) [[unlikely]] {
-      return nullptr;
-    }
-    if (site >= published_ || static_cast<std::size_t>(end_ - at_) < kRecordHeader + size)
-        [[unlikely]] {
-      lock_.leaveOwned();
-      return nullptr;
-    }
-    return beginHere(site, stamp > last_ ? stamp : last_ + 1, seconds, subject);
-  }
+                   std::uint64_t subject = 0) noexcept;
 
   /// Makes the record valid; `end` is behind its last byte.
   void finish(std::byte* end) noexcept {
-    PacketHeader& packet = *packet_;
-    const auto bytes = static_cast<std::uint64_t>(end - reinterpret_cast<std::byte*>(&packet));
-    at_ = end;
-    std::atomic_ref(packet.end).store(last_, std::memory_order_release);
-    std::atomic_ref(packet.contentBits).store(bytes * 8, std::memory_order_release);
+    seal(end, last_);
     lock_.leave();
   }
 
   /// Leaves the ring as it was before `begin`.
   void abandon() noexcept { lock_.leave(); }
+
+  /// All of that at once, when nothing is needed for it but to store a few numbers. `copy` is given
+  /// the place for the values and returns what is behind its last byte, or null to leave the ring
+  /// as it was. False when nothing was written, for that or any other reason: `begin` decides.
+  template <class Copy>
+  [[gnu::always_inline]] bool tryRecord(std::uint32_t site, std::size_t size, std::uint64_t stamp,
+                                        double seconds, std::uint64_t subject, Copy copy) noexcept {
+    if (!lock_.tryEnter()) [[unlikely]] {
+      return false;
+    }
+    std::byte* end = nullptr;
+    if (site < published_ && static_cast<std::size_t>(end_ - at_) >= kRecordHeader + size)
+        [[likely]] {
+      stamp = rising(stamp);
+      end = copy(open(site, stamp, seconds, subject));
+      if (end != nullptr) [[likely]] {
+        seal(end, stamp);
+      }
+    }
+    lock_.leaveOwned();
+    return end != nullptr;
+  }
 
   /// Writes the ring as it is now, with metadata, into `directory`: for a ring without files. A
   /// trace that lies there is moved as by `open`. False upon failure: `why` says the reason.
@@ -131,8 +131,13 @@ class TraceFile {
  private:
   explicit TraceFile(std::unique_ptr<Segments> segments);
   PacketHeader& packet(std::size_t index) const noexcept;
-  std::byte* beginHere(std::uint32_t site, std::uint64_t stamp, double seconds,
-                       std::uint64_t subject) noexcept {
+  // What is stored as the stamp of the next record.
+  std::uint64_t rising(std::uint64_t stamp) const noexcept {
+    return stamp > last_ ? stamp : last_ + 1;
+  }
+  // Stores what precedes the values; returns their place.
+  std::byte* open(std::uint32_t site, std::uint64_t stamp, double seconds,
+                  std::uint64_t subject) noexcept {
     last_ = stamp;
     std::byte* const place = at_;
     std::memcpy(place, &site, 4);
@@ -141,8 +146,13 @@ class TraceFile {
     std::memcpy(place + 20, &subject, 8);
     return place + kRecordHeader;
   }
-  std::byte* beginSlowly(std::uint32_t site, std::size_t size, std::uint64_t stamp, double seconds,
-                         std::uint64_t subject) noexcept;
+  void seal(std::byte* end, std::uint64_t stamp) noexcept {
+    PacketHeader& packet = *packet_;
+    const auto bytes = static_cast<std::uint64_t>(end - reinterpret_cast<std::byte*>(&packet));
+    at_ = end;
+    std::atomic_ref(packet.end).store(stamp, std::memory_order_release);
+    std::atomic_ref(packet.contentBits).store(bytes * 8, std::memory_order_release);
+  }
   bool publish() noexcept;
   bool nextSegment(std::size_t needed, std::uint64_t stamp) noexcept;
   void drop() noexcept;

@@ -52,9 +52,8 @@ const Lumo::ValueType* binaryType() {
   }
 }
 
-/// How many bytes the piece takes in a record, unless it is text with a NUL inside.
 template <class T>
-std::size_t recordedSize(const T& piece) noexcept {
+std::size_t recordedSizeOf(const T& piece) noexcept {
   if constexpr (isLiteral<T>) {
     return 0;
   } else if constexpr (TextLike<T>) {
@@ -64,54 +63,82 @@ std::size_t recordedSize(const T& piece) noexcept {
   }
 }
 
-/// Copies one word of text; false when there is a NUL in it.
-template <class Word>
-bool copyWord(std::byte* to, const char* from) noexcept {
-  Word word = 0;
-  std::memcpy(&word, from, sizeof word);
-  std::memcpy(to, &word, sizeof word);
-  constexpr auto ones = static_cast<Word>(0x0101010101010101U);
-  return ((word - ones) & ~word & (ones << 7U)) == 0;
+/// How many bytes the pieces take in a record, unless there is text with a NUL inside.
+template <class... Pieces>
+std::size_t recordedSize(const Pieces&... pieces) noexcept {
+  return (std::size_t{0} + ... + recordedSizeOf(pieces));
 }
 
-/// Copies text and puts a NUL behind it; false when there was a NUL inside. Names are short: a few
-/// overlapping words are faster than two calls, for copying and for searching.
-inline bool copyText(std::byte*& to, std::string_view text) noexcept {
-  const std::size_t size = text.size();
-  const char* const from = text.data();
-  bool clean = true;
-  if (size >= 8) {
-    clean = copyWord<std::uint64_t>(to, from);
-    for (std::size_t at = 8; at + 8 < size; at += 8) {
-      clean &= copyWord<std::uint64_t>(to + at, from + at);
-    }
-    clean &= copyWord<std::uint64_t>(to + size - 8, from + size - 8);
-  } else if (size >= 4) {
-    clean = copyWord<std::uint32_t>(to, from);
-    clean &= copyWord<std::uint32_t>(to + size - 4, from + size - 4);
-  } else {
-    for (std::size_t at = 0; at < size; ++at) {
-      to[at] = static_cast<std::byte>(from[at]);
-      clean &= from[at] != '\0';
-    }
-  }
-  to[size] = std::byte{0};
-  to += size + 1;
-  return clean;
-}
+/// Copies the values of one record, and notes whether there was a NUL inside of a text.
+class Copier {
+ public:
+  explicit Copier(std::byte* to) noexcept : to_(to) {}
 
-/// Copies a piece into a record; false for text with a NUL inside.
-template <class T>
-bool record(std::byte*& to, const T& piece) noexcept {
-  if constexpr (isLiteral<T>) {
-    return true;
-  } else if constexpr (TextLike<T>) {
-    return copyText(to, textView(piece));
-  } else {
-    std::memcpy(to, &piece, sizeof(T));
-    to += sizeof(T);
-    return true;
+  template <class T>
+  [[gnu::always_inline]] void copy(const T& piece) noexcept {
+    if constexpr (isLiteral<T>) {
+      return;
+    } else if constexpr (TextLike<T>) {
+      copyText(textView(piece));
+    } else {
+      std::memcpy(to_, &piece, sizeof(T));
+      to_ += sizeof(T);
+    }
   }
+
+  /// Behind the last byte; null when there was a NUL.
+  std::byte* end() const noexcept { return clean() ? to_ : nullptr; }
+
+ private:
+  static constexpr std::uint64_t kOnes = 0x0101010101010101U;
+
+  bool clean() const noexcept { return (zeros_ & (kOnes << 7U)) == 0; }
+
+  // Names are short: a few words that overlap are faster than two calls, for copying and for
+  // searching.
+  [[gnu::always_inline]] void copyText(std::string_view text) noexcept {
+    const std::size_t size = text.size();
+    const char* const from = text.data();
+    if (size >= 8) {
+      copyWord<std::uint64_t>(from, 0);
+      // That it may end early keeps compilers from making much of a loop that is seldom entered.
+      for (std::size_t at = 8; at + 8 < size && clean(); at += 8) {
+        copyWord<std::uint64_t>(from, at);
+      }
+      copyWord<std::uint64_t>(from, size - 8);
+    } else if (size >= 4) {
+      copyWord<std::uint32_t>(from, 0);
+      copyWord<std::uint32_t>(from, size - 4);
+    } else {
+      for (std::size_t at = 0; at < size; ++at) {
+        copyWord<std::uint8_t>(from, at);
+      }
+    }
+    to_[size] = std::byte{0};
+    to_ += size + 1;
+  }
+
+  template <class Word>
+  [[gnu::always_inline]] void copyWord(const char* from, std::size_t at) noexcept {
+    Word word = 0;
+    std::memcpy(&word, from + at, sizeof word);
+    std::memcpy(to_ + at, &word, sizeof word);
+    constexpr auto kBytes = static_cast<Word>(~Word{0});
+    const std::uint64_t bytes = ~std::uint64_t{kBytes} | word;  // none of those beyond is a NUL
+    zeros_ |= (bytes - kOnes) & ~bytes;
+  }
+
+  std::byte* to_;
+  std::uint64_t zeros_ = 0;  // the highest bit of a byte is set where a word had a NUL
+};
+
+/// Copies pieces to `to` and returns what is behind the last byte; null for text with a NUL inside.
+template <class... Pieces>
+[[gnu::always_inline]] inline std::byte* copyPieces(std::byte* to,
+                                                    const Pieces&... pieces) noexcept {
+  Copier copier(to);
+  (copier.copy(pieces), ...);
+  return copier.end();
 }
 
 /// The piece, with text in a form in which the binary trace can hold it.

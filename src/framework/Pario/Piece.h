@@ -19,8 +19,12 @@ struct Literal {
 
 namespace Impl {
 
+/// What a literal is passed on as: its place among the pieces. It takes no register; the texts of
+/// all literals go with the line (LineOf).
+struct Fixed {};
+
 template <class T>
-inline constexpr bool isLiteral = std::same_as<T, Literal>;
+inline constexpr bool isLiteral = std::same_as<T, Literal> || std::same_as<T, Fixed>;
 template <std::size_t N>
 inline constexpr bool isLiteral<char[N]> = true;
 
@@ -41,20 +45,20 @@ std::string_view textView(const T& value) noexcept {
   }
 }
 
-/// How a piece goes on from the place of the call: literals as Literal, every text as a view, small
+/// How a piece goes on from the place of the call: literals as Fixed, every text as a view, small
 /// values in registers, the rest by reference. So calls that differ only in the lengths of their
 /// literals or in their types of text share one function.
 template <class T>
 using Passed = std::conditional_t<
-    isLiteral<T>, Literal,
+    isLiteral<T>, Fixed,
     std::conditional_t<
         TextLike<T>, std::string_view,
         std::conditional_t<std::is_trivially_copyable_v<T> && sizeof(T) <= 8, T, const T&>>>;
 
 template <class T>
 Passed<T> pass(const T& piece) noexcept {
-  if constexpr (std::is_array_v<T>) {
-    return {piece};
+  if constexpr (isLiteral<T>) {
+    return {};
   } else if constexpr (TextLike<T>) {
     return textView(piece);
   } else {
@@ -62,11 +66,11 @@ Passed<T> pass(const T& piece) noexcept {
   }
 }
 
-/// Appends the printed form, control bytes of values escaped.
+/// Appends the printed form, control bytes of values escaped. `literal` is the next literal.
 template <class T>
-void appendPiece(std::string& out, const T& piece) {
+void appendPiece(std::string& out, [[maybe_unused]] const char* const*& literal, const T& piece) {
   if constexpr (isLiteral<T>) {
-    out += piece.text;
+    out += *literal++;
   } else if constexpr (TextLike<T>) {
     Kel::TextTrace::appendEscaped(out, textView(piece));
   } else {

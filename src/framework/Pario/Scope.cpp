@@ -2,6 +2,8 @@
 
 #include <set>
 
+#include "Pario/Listening.h"
+
 namespace Pario {
 
 constinit Impl::ScopeWords Impl::scopeWords{};
@@ -14,7 +16,7 @@ void scopeIs(const Scope& scope) {
                       std::memory_order_release);
   words.mask.store(scope.mask, std::memory_order_relaxed);
   words.value.store(scope.value, std::memory_order_relaxed);
-  words.narrows.store(scope.mask != 0 || !scope.handler.empty(), std::memory_order_relaxed);
+  Impl::narrowedIs(scope.mask != 0 || !scope.handler.empty());
 }
 
 Scope scope() {

@@ -14,8 +14,9 @@ using Place = std::uint64_t;
 /// Narrows what is traced, in both traces alike: to the messages whose place has the bits of
 /// `value` where `mask` has ones, and to one handler.
 ///
-/// A message out of the scope is turned away before its site is looked for and before anything is
-/// formatted: a few loads and tests. Without a scope a message costs one load and one test more.
+/// A message out of the scope is turned away before anything is written or formatted: a few loads
+/// and tests. Without a scope it costs a message nothing: that there is one is a bit of
+/// `listening`.
 struct Scope {
   Place mask = 0;
   Place value = 0;
@@ -24,7 +25,6 @@ struct Scope {
 
 namespace Impl {
 struct ScopeWords {
-  std::atomic<bool> narrows;  // false: everything is in the scope
   std::atomic<Place> mask;
   std::atomic<Place> value;
   std::atomic<const std::string*> handler;  // null: all
@@ -44,9 +44,6 @@ Scope scope();
 /// Whether a message of the handler with this form that belongs to `place` is in the scope.
 inline bool inScope(Place place, const char* form) noexcept {
   const Impl::ScopeWords& words = Impl::scopeWords;
-  if (!words.narrows.load(std::memory_order_relaxed)) [[likely]] {
-    return true;
-  }
   if ((place & words.mask.load(std::memory_order_relaxed)) !=
       words.value.load(std::memory_order_relaxed)) {
     return false;

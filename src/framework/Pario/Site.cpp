@@ -3,6 +3,8 @@
 #include <mutex>
 #include <new>
 
+#include "Pario/Listening.h"
+
 namespace Pario::Impl {
 
 constinit std::array<Bucket, std::size_t{1} << kBucketBits> buckets{};
@@ -13,11 +15,11 @@ constinit std::mutex registering;
 
 Lumo::Site describe(const Line& line, const Shape& shape, const char* const* literals) {
   Lumo::Site site;
-  site.facility = line.facility;
-  site.level = line.level;
-  site.file = line.file;
-  site.line = line.line;
-  site.scope = line.scope;
+  site.facility = line.source.facility;
+  site.level = line.spot.level;
+  site.file = line.source.file;
+  site.line = line.spot.line;
+  site.scope = line.source.scope;
   site.form = line.form;
   for (std::size_t i = 0; i < shape.pieces; ++i) {
     if (shape.types[i] == nullptr) {
@@ -32,17 +34,19 @@ Lumo::Site describe(const Line& line, const Shape& shape, const char* const* lit
 const Site* make(const Line& line, const Shape& shape,
                  const std::array<const char*, kMostLiterals>& literals, const Site* next) {
   const Lumo::Site& binary = Lumo::registerSite(describe(line, shape, literals.data()));
+  const std::uint32_t toBinary = binaryBit(binary.level);
   return new Site{line.form,
-                  line.scope,
+                  &line.source,
                   &shape,
-                  line.line,
-                  line.level,
+                  line.spot.asWord(),
                   literals,
-                  next,
+                  toBinary | textBit(binary.level) | kNarrowed,
+                  toBinary,
                   binary.id,
+                  next,
                   &binary,
-                  &Kel::TextTrace::facility(line.facility),
-                  std::string(line.scope) + line.form};
+                  &Kel::TextTrace::facility(line.source.facility),
+                  binary.scope + binary.form};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -12,16 +13,29 @@
 
 namespace [[using gnu: visibility("default")]] Pario {
 
-/// Where a message comes from and how it begins. All texts must live as long as the process: their
-/// addresses identify the site. The message is scope, form and pieces with nothing between.
-struct Line {
+/// What the messages of one class have in common.
+struct Source {
   const char* facility;  ///< of the text trace: "VelaPolicyMonitor"
   const char* scope;     ///< "void VelaPolicyMonitor::PolicyTranslateRootSm::"
-  const char* form;      ///< "handlePolicySet(const String&)"
-  unsigned level;        ///< 0 to 9
   const char* file;      ///< source file, with or without directories
-  std::uint32_t line;
-  Place place = 0;  ///< to what the message belongs; no part of the site
+};
+
+/// Where a message comes from and how it begins. The source and all texts must live as long as the
+/// process: their addresses identify the site. The message is scope, form and pieces with nothing
+/// between.
+struct Line {
+  /// What is compared at once.
+  struct Spot {
+    unsigned level;      ///< 0 to 9
+    std::uint32_t line;  ///< of the source file
+    /// Both numbers.
+    std::uint64_t asWord() const noexcept { return std::bit_cast<std::uint64_t>(*this); }
+  };
+
+  const Source& source;  ///< where the class is
+  const char* form;      ///< "handlePolicySet(const String&)"
+  Spot spot;             ///< how important, and where in the file
+  Place place = 0;       ///< to what the message belongs; no part of the site
 };
 
 namespace Impl {
@@ -37,19 +51,20 @@ struct Shape {
 
 /// A place in the source, in both traces.
 ///
-/// A site is found by addresses and numbers, not by comparing text: scope, form, line, level, the
-/// types of the pieces and the literals. A call site in the source always has the same ones, and
-/// where two agree in all of them they write the same message. (The same text at another address,
-/// from another library, is another site: twice in the metadata, the same line when read.)
+/// A site is found by addresses and numbers, not by comparing text: source, form, level and line,
+/// the types of the pieces and the literals. A call site in the source always has the same ones,
+/// and where two agree in all of them they write the same message. (The same text at another
+/// address, from another library, is another site: twice in the metadata, the same line when read.)
 struct Site {
   const char* form;
-  const char* scope;
+  const Source* source;
   const Shape* shape;
-  std::uint32_t line;
-  unsigned level;
+  std::uint64_t spot;
   std::array<const char*, kMostLiterals> literals;
-  const Site* next;  ///< in the same bucket
-  std::uint32_t id;  ///< of `binary`
+  std::uint32_t concerned;   ///< the bits of `listening` that decide about a message
+  std::uint32_t binaryOnly;  ///< how they are when it goes to the binary trace and nowhere else
+  std::uint32_t id;          ///< of `binary`
+  const Site* next;          ///< in the same bucket
   const Lumo::Site* binary;
   const Kel::TextTrace::Facility* text;
   std::string prefix;  ///< scope and form
@@ -62,15 +77,14 @@ using Bucket = std::atomic<const Site*>;
 extern std::array<Bucket, std::size_t{1} << kBucketBits> buckets;
 
 inline Bucket& bucketOf(const Line& line) noexcept {
-  const auto address = reinterpret_cast<std::uintptr_t>(line.form);
-  const std::uint64_t mixed = (address + line.line * 64U + line.level) * 0x9e3779b97f4a7c15U;
-  return buckets[mixed >> (64U - kBucketBits)];
+  const std::uint64_t mixed = reinterpret_cast<std::uintptr_t>(line.form) + line.spot.asWord();
+  return buckets[mixed * 0x9e3779b97f4a7c15U >> (64U - kBucketBits)];
 }
 
 /// Whether `site` is that of a call, as far as `line` and `shape` tell.
 inline bool isSiteOf(const Site& site, const Line& line, const Shape& shape) noexcept {
-  return site.form == line.form && site.line == line.line && site.shape == &shape &&
-         site.scope == line.scope && site.level == line.level;
+  return site.form == line.form && site.spot == line.spot.asWord() && site.shape == &shape &&
+         site.source == &line.source;
 }
 
 /// Registers the site of a call in both traces, or finds it when another thread was faster. Unused

@@ -17,35 +17,38 @@
 namespace [[using gnu: visibility("default")]] Pario {
 namespace Impl {
 
-/// A record that was started: where its values go, null when there is none.
-struct OpenRecord {
-  std::byte* place;
-  Lumo::TraceFile* ring;
-};
+/// Hands the finished message to the text trace, under the time of the open event.
+void sendText(const Site& site, const std::string& message);
 
-/// Settles the time of a message, for both traces: that of the open event, or the present one. Then
-/// starts a record in the default ring, if the binary trace listens to the site's level.
-OpenRecord openRecord(const Site& site, std::size_t size, Place place) noexcept;
-
-/// False when nothing was written because of a NUL inside a text.
 template <class... Pieces>
-[[gnu::always_inline]] inline bool writeBinary(const Site& site, Place place,
-                                               const Pieces&... pieces) noexcept {
-  auto [at, ring] = openRecord(site, (std::size_t{0} + ... + recordedSize(pieces)), place);
+[[gnu::noinline, gnu::cold]] void writeText(const Site& site, const Pieces&... pieces) noexcept {
+  try {
+    std::string message = site.prefix;
+    [[maybe_unused]] const char* const* literal = site.literals.data();
+    (appendPiece(message, literal, pieces), ...);
+    sendText(site, message);
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+    // Deliberate: without memory for the text the line is lost; a handler must not notice.
+  }
+}
+
+/// Writes a record to the default ring, whatever has to be done for it. False when nothing was
+/// written because of a NUL inside a text.
+template <class... Pieces>
+bool writeBinary(const Site& site, Place place, const Pieces&... pieces) noexcept {
+  Lumo::TraceFile* const ring = Lumo::defaultHandle();
+  std::byte* const at = ring == nullptr ? nullptr
+                                        : ring->begin(site.id, recordedSize(pieces...),
+                                                      openEvent.stamp, openEvent.seconds, place);
   if (at == nullptr) {
     return true;
   }
-  bool clean = true;
-  ((clean = record(at, pieces) && clean), ...);
-  if (!clean) [[unlikely]] {
-    ring->abandon();
-    return false;
-  }
-  ring->finish(at);
-  return true;
+  std::byte* const end = copyPieces(at, pieces...);
+  end != nullptr ? ring->finish(end) : ring->abandon();
+  return end != nullptr;
 }
 
-/// Writes the record anew with every NUL inside a text escaped.
+/// Writes the record with every NUL inside a text escaped.
 template <class... Pieces>
 [[gnu::noinline, gnu::cold]] void writeEscaped(const Site& site, Place place,
                                                const Pieces&... pieces) noexcept {
@@ -56,36 +59,55 @@ template <class... Pieces>
   }
 }
 
-/// Hands the finished message to the text trace, under the time that openRecord settled.
-void sendText(const Site& site, const std::string& message);
-
 template <class... Pieces>
-[[gnu::noinline, gnu::cold]] void writeText(const Site& site, const Pieces&... pieces) noexcept {
-  try {
-    std::string message = site.prefix;
-    (appendPiece(message, pieces), ...);
-    sendText(site, message);
-  } catch (...) {  // NOLINT(bugprone-empty-catch)
-    // Deliberate: without memory for the text the line is lost; a handler must not notice.
-  }
+void writePieces(const LineOf<Pieces...>& line, Pieces... pieces) noexcept;
+
+/// A record outside of any event is one by itself.
+template <class... Pieces>
+[[gnu::noinline]] void writeAlone(const LineOf<Pieces...>& line, Pieces... pieces) noexcept {
+  enterEvent();
+  writePieces<Pieces...>(line, pieces...);
+  leaveEvent();
 }
 
-/// `write` with its pieces as they are passed on.
+/// What writePieces does when storing a few numbers is not enough.
 template <class... Pieces>
-[[gnu::noinline]] void writePieces(const Line& line, Pieces... pieces) noexcept {
+[[gnu::noinline, gnu::cold]] void writeFully(const LineOf<Pieces...>& line,
+                                             Pieces... pieces) noexcept {
   if (!inScope(line.place, line.form)) {
     return;
   }
-  const Site* const site = siteOf<std::remove_cvref_t<Pieces>...>(line, pieces...);
-  if (site == nullptr) [[unlikely]] {
+  const Site* const site = siteOf<std::remove_cvref_t<Pieces>...>(line);
+  if (site == nullptr) {
     return;
   }
-  if (!writeBinary(*site, line.place, pieces...)) [[unlikely]] {
-    writeEscaped<std::remove_cvref_t<Pieces>...>(*site, line.place, pieces...);
+  const bool binary = (listening.load(std::memory_order_relaxed) & site->binaryOnly) != 0;
+  if (binary && !writeBinary(*site, line.place, pieces...)) {
+    writeEscaped(*site, line.place, pieces...);
   }
-  if (site->text->listens(line.level)) [[unlikely]] {
-    writeText<std::remove_cvref_t<Pieces>...>(*site, pieces...);
+  if (site->text->listens(line.spot.level)) {
+    writeText(*site, pieces...);
   }
+}
+
+/// `write` with its pieces as they are passed on. What nearly every record is, one of a known site
+/// for the binary trace alone inside an event, is written here. All else is left to a call that
+/// takes the same arguments and is the last one, so that none has to be saved for it.
+template <class... Pieces>
+[[gnu::noinline]] void writePieces(const LineOf<Pieces...>& line, Pieces... pieces) noexcept {
+  if (openEvent.depth == 0) [[unlikely]] {
+    return writeAlone<Pieces...>(line, pieces...);
+  }
+  const Site* const site = knownSiteOf<std::remove_cvref_t<Pieces>...>(line);
+  Lumo::TraceFile* const ring = Lumo::defaultHandle();
+  if (site != nullptr && ring != nullptr &&
+      (listening.load(std::memory_order_relaxed) & site->concerned) == site->binaryOnly &&
+      ring->tryRecord(site->id, recordedSize(pieces...), openEvent.stamp, openEvent.seconds,
+                      line.place, [&](std::byte* place) { return copyPieces(place, pieces...); }))
+      [[likely]] {
+    return;
+  }
+  writeFully<Pieces...>(line, pieces...);
 }
 
 }  // namespace Impl
@@ -103,8 +125,8 @@ template <class... Pieces>
 /// Both get the same pieces in the same order under the same time, so a reader of the binary trace
 /// prints the line that the text trace printed. Never fails: what cannot be written is lost.
 template <class... Pieces>
-void write(const Line& line, const Pieces&... pieces) noexcept {
-  Impl::writePieces<Impl::Passed<Pieces>...>(line, Impl::pass(pieces)...);
+[[gnu::always_inline]] inline void write(const Line& line, const Pieces&... pieces) noexcept {
+  Impl::writePieces<Impl::Passed<Pieces>...>(Impl::lineOf(line, pieces...), Impl::pass(pieces)...);
 }
 
 }  // namespace Pario

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr Pario::Source kSource{"VelaPolicyMonitor", "void A::", "a.cpp"};
+
 /// A clock that goes on by one second at every question and counts the questions.
 class Event : public testing::Test {
  protected:
@@ -24,7 +26,7 @@ class Event : public testing::Test {
 
   static void trace() {
     if (Pario::on(8)) {
-      Pario::write({"VelaPolicyMonitor", "void A::", "f()", 8, "a.cpp", 1}, "x");
+      Pario::write({kSource, "f()", {8, 1}}, "x");
     }
   }
 

@@ -8,12 +8,14 @@
 
 namespace {
 
+constexpr Pario::Source kSource{"F", "void A::", "a.cpp"};
+
 TEST(Message, IsMadeFromTheBytesOfTheRecordAlone) {
   TestSupport::RingCapture ring;
   {
     std::string name = "fw1";
     ParioTest::Prefix prefix{{10, 0, 0, 0}, 8};
-    Pario::write({"F", "void A::", "f(int)", 6, "a.cpp", 1}, " add ", name, " on ", prefix);
+    Pario::write({kSource, "f(int)", {6, 1}}, " add ", name, " on ", prefix);
     name = "xxx";
     prefix = {};
   }
@@ -22,14 +24,14 @@ TEST(Message, IsMadeFromTheBytesOfTheRecordAlone) {
 
 TEST(Message, AValueOfATypeThatThisProcessDoesNotKnowIsPrintedAsItsBytes) {
   TestSupport::RingCapture ring;
-  Pario::write({"F", "void A::", "f(int)", 6, "a.cpp", 2}, " value ", ParioTest::Unlisted{0x12ab});
+  Pario::write({kSource, "f(int)", {6, 2}}, " value ", ParioTest::Unlisted{0x12ab});
   EXPECT_EQ(ring.take(), std::vector<std::string>{"6 void A::f(int) value 0xab12"});
 }
 
 TEST(Message, TheTypeOfAValueStandsInTheSiteByItsNameInTheCode) {
   TestSupport::RingCapture ring;
-  Pario::write({"F", "void A::", "f(int)", 6, "a.cpp", 3}, ParioTest::Prefix{},
-               ParioTest::Colour::red, ParioTest::Shape::round, ParioTest::Name("n"));
+  Pario::write({kSource, "f(int)", {6, 3}}, ParioTest::Prefix{}, ParioTest::Colour::red,
+               ParioTest::Shape::round, ParioTest::Name("n"));
   const auto& pieces = Lumo::siteOf(Lumo::siteCount() - 1)->pieces;
   ASSERT_EQ(pieces.size(), 4U);
   EXPECT_EQ(pieces[0].value->name, "ParioTest::Prefix");

@@ -18,9 +18,11 @@ class Scoped {
   Scoped& operator=(const Scoped&) = delete;
 };
 
+constexpr Pario::Source kSource{"VelaPolicyMonitor", "void A::", "a.cpp"};
+
 void writeTwo() {
-  Pario::write({"VelaPolicyMonitor", "void A::", "f(int)", 6, "a.cpp", 1, 0x1234}, " here");
-  Pario::write({"VelaPolicyMonitor", "void A::", "g()", 6, "a.cpp", 2, 0x5634}, " there");
+  Pario::write({kSource, "f(int)", {6, 1}, 0x1234}, " here");
+  Pario::write({kSource, "g()", {6, 2}, 0x5634}, " there");
 }
 
 TEST(Scope, WithoutOneEverythingIsWritten) {

@@ -27,13 +27,12 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* kScope = "void VelaPolicyMonitor::PolicyTranslateRootSm::";
 constexpr const char* kForm = "handlePolicySet(const String&)";
+constexpr Pario::Source kSource{"VelaPolicyMonitor", kScope, "src/policy/VelaPolicyTranslate.cpp"};
 
 template <class... Pieces>
 void trace(unsigned level, std::uint32_t line, const Pieces&... pieces) {
   if (Pario::on(level)) {
-    Pario::write(
-        {"VelaPolicyMonitor", kScope, kForm, level, "src/policy/VelaPolicyTranslate.cpp", line},
-        pieces...);
+    Pario::write({kSource, kForm, {level, line}}, pieces...);
   }
 }
 
@@ -150,21 +149,23 @@ TEST(Write, ALiteralFromATableBelongsToTheSite) {
   EXPECT_EQ(ring.take(), text.take());
 }
 
-TEST(Write, ASiteIsToldApartByScopeFormLineLevelLiteralAndTypes) {
+TEST(Write, ASiteIsToldApartBySourceFormLineLevelLiteralAndTypes) {
+  static constexpr Pario::Source a{"VelaPolicyMonitor", "a::", "a.cpp"};
+  static constexpr Pario::Source b{"VelaPolicyMonitor", "b::", "a.cpp"};
   RingCapture ring;
   const std::uint32_t before = Lumo::siteCount();
-  const auto write = [](const char* scope, const char* form, unsigned level, std::uint32_t line,
-                        const auto&... pieces) {
-    Pario::write({"VelaPolicyMonitor", scope, form, level, "a.cpp", line}, pieces...);
+  const auto write = [](const Pario::Source& source, const char* form, unsigned level,
+                        std::uint32_t line, const auto&... pieces) {
+    Pario::write({source, form, {level, line}}, pieces...);
   };
   for (int round = 0; round < 2; ++round) {
-    write("a::", "f()", 8, 1, Pario::Literal{"x"}, 1U);
-    write("b::", "f()", 8, 1, Pario::Literal{"x"}, 1U);
-    write("a::", "g()", 8, 1, Pario::Literal{"x"}, 1U);
-    write("a::", "f()", 7, 1, Pario::Literal{"x"}, 1U);
-    write("a::", "f()", 8, 2, Pario::Literal{"x"}, 1U);
-    write("a::", "f()", 8, 1, Pario::Literal{"y"}, 1U);
-    write("a::", "f()", 8, 1, Pario::Literal{"x"}, true);
+    write(a, "f()", 8, 1, Pario::Literal{"x"}, 1U);
+    write(b, "f()", 8, 1, Pario::Literal{"x"}, 1U);
+    write(a, "g()", 8, 1, Pario::Literal{"x"}, 1U);
+    write(a, "f()", 7, 1, Pario::Literal{"x"}, 1U);
+    write(a, "f()", 8, 2, Pario::Literal{"x"}, 1U);
+    write(a, "f()", 8, 1, Pario::Literal{"y"}, 1U);
+    write(a, "f()", 8, 1, Pario::Literal{"x"}, true);
   }
   EXPECT_EQ(Lumo::siteCount(), before + 7);
   const Lines seven{"8 a::f()x1", "8 b::f()x1", "8 a::g()x1",   "7 a::f()x1",
