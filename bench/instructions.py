@@ -19,7 +19,9 @@ FEW, MANY = 1000, 5000
 PATHS = [
     "notification of 8 subscribers",
     "insertion and deletion through a mirror",
+    "insertion and deletion through a mirror, ring on",
     "trace record",
+    "trace record with its own clock read",
     "object creation and destruction",
     "set hit",
 ]
@@ -49,7 +51,7 @@ def main():
         wrong = off is None or abs(off) > TOLERANCE
         failed = failed or wrong
         print(
-            f"{path:<42}{counted[path]:>9.1f}  recorded {was if was else '-':>8}"
+            f"{path:<50}{counted[path]:>9.1f}  recorded {was if was else '-':>8}"
             f"{'' if off is None else f'  {100 * off:+.1f} %'}{'  DIFFERS' if wrong else ''}"
         )
     if accept:
