@@ -116,6 +116,18 @@ TEST_F(MatchAddresses, AWalkThatOnlyAddsMarks) {
   EXPECT_TRUE(marked());
 }
 
+TEST_F(MatchAddresses, TheFirstWalkMakesRoomForJustWhatThereIs) {
+  Kel::Set<IpGenPrefix> nine;
+  nine.reserve(9);
+  for (int i = 0; i < 9; ++i) {
+    v1->srcIpIs(IpGenPrefix("10." + std::to_string(i) + ".0.0/16"));
+  }
+  make();
+  EXPECT_EQ(v2->srcIp().size(), 9U);
+  EXPECT_EQ(v2->srcIp().heapBytes(), nine.heapBytes());
+  EXPECT_LT(nine.heapBytes(), v1->srcIp().heapBytes()) << "which has grown key by key";
+}
+
 TEST_F(MatchAddresses, KeyedHandlersHaveNoEntryLine) {
   make();
   BothTraces traces;
