@@ -66,14 +66,29 @@ TEST(Write, ALineHasTimeFacilityLevelPlaceAndHandler) {
   EXPECT_EQ(ring.takeText(), expected);
 }
 
-/// What both traces make of the pieces behind the form; they must agree.
+/// What both traces make of the pieces behind the form; they must agree, and the binary trace with
+/// itself when it is alone: for a record by itself and for records of an event.
 template <class... Pieces>
 std::string bothWrite(const Pieces&... pieces) {
-  TraceCapture text;
   RingCapture ring;
-  trace(6, 100, pieces...);
-  const Lines lines = text.take();
+  Lines lines;
+  {
+    TraceCapture text;
+    trace(6, 100, pieces...);
+    lines = text.take();
+  }
   EXPECT_EQ(ring.take(), lines);
+  trace(6, 100, pieces...);
+  {
+    const Pario::Event event;
+    trace(6, 100, pieces...);
+    trace(6, 100, pieces...);
+  }
+  Lines thrice;
+  for (int i = 0; i < 3; ++i) {
+    thrice.insert(thrice.end(), lines.begin(), lines.end());
+  }
+  EXPECT_EQ(ring.take(), thrice);
   return lines.size() == 1 ? lines[0].substr(2 + std::strlen(kScope) + std::strlen(kForm))
                            : "not one line";
 }
