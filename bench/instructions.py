@@ -21,7 +21,7 @@ PATHS = [
     "insertion and deletion through a mirror",
     "insertion and deletion through a mirror, ring on",
     "trace record",
-    "trace record with its own clock read",
+    "trace record outside of an event",
     "object creation and destruction",
     "set hit",
 ]
