@@ -143,6 +143,13 @@ class Children {
   template <class Owner, class... Args>
   Brix::Ptr<Child> replace(Owner& owner, Key key, const Args&... args) {
     remove(key)->retire();
+    // An observer of what that deleted may have had the next child made already.
+    while (Child* const there = find(key)) {
+      if (there->builtFrom(args...)) {
+        return Brix::Ptr<Child>(there);
+      }
+      remove(key)->retire();
+    }
     return owner.retired() ? nullptr : add(owner, key, args...);
   }
 

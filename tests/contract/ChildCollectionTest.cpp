@@ -84,5 +84,32 @@ TEST_F(ChildCollection, MayBeChangedWhileItIsWalked) {
   EXPECT_EQ(visited, 1U);
 }
 
+/// The end of the child that gives way is seen by an observer, who has the next one made.
+TEST(ChildThatGivesWay, IsFollowedByOneChildAlthoughAnObserverOfItsEndAsksForItToo) {
+  World world;
+  const auto root = VelaPolicyMonitor::policyTranslateRootSmFactory(
+      world.policySrcV1, world.policySrcV2, world.status);
+  const auto before = root->perDeviceSm("fw1");
+  ASSERT_NE(before, nullptr);
+  world.status->devicePolicyListDel("fw1");
+  const auto record = world.status->devicePolicyListIs("fw1");
+  record->netVrfNameByVrfIs("red", "net-red");
+  const auto policySetV2 = world.policySrcV2->policySet("fw1");
+  int asked = 0;
+  const Kel::Observer asking(*policySetV2, [&](Kel::AttrId, const void*) {
+    if (++asked == 1) {
+      root->handlePolicySet();
+    }
+  });
+  root->handlePolicySet();
+  EXPECT_GE(asked, 1);
+  EXPECT_EQ(root->perDeviceSm().size(), 1U);
+  const auto after = root->perDeviceSm("fw1");
+  ASSERT_NE(after, nullptr);
+  EXPECT_NE(after, before);
+  EXPECT_EQ(after->policyList(), record);
+  EXPECT_EQ(policySetV2->policy().size(), 1U);
+}
+
 }  // namespace
 }  // namespace Contract

@@ -89,7 +89,8 @@ class Machine : public std::enable_shared_from_this<Machine> {
   virtual void childDel(const Text& childKey);
   void childDelAll();
   /// Ends a child that makes room for another one: what it wrote goes now, although somebody may
-  /// still hold it, because the other one writes to the same place.
+  /// still hold it, because the other one writes to the same place. Whoever sees that may have
+  /// another child made under the key meanwhile.
   void retire(const Text& childKey);
 
  protected:

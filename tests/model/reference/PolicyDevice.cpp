@@ -98,7 +98,7 @@ void PolicyDevice::childIs(const Text& vrfName, const Text& net, const NodePtr& 
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(vrfName)) {
+  while (const MachinePtr* const there = children.find(vrfName)) {
     if ((*there)->v1 == policyV1 && (*there)->v2 == policyV2 && (*there)->netVrfName == net) {
       branch("perVrfSmIs", "kept");
       return;

@@ -81,7 +81,7 @@ void PolicyRoot::childIs(const Text& deviceName, const NodePtr& setV1, const Nod
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(deviceName)) {
+  while (const MachinePtr* const there = children.find(deviceName)) {
     if ((*there)->v1 == setV1 && (*there)->v2 == setV2 && (*there)->record == list) {
       branch("perDeviceSmIs", "kept");
       return;

@@ -73,7 +73,7 @@ void PolicyRule::childIs(const Text& origin, const NodePtr& originV1, const Node
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(origin)) {
+  while (const MachinePtr* const there = children.find(origin)) {
     if ((*there)->v1 == originV1 && (*there)->v2 == originV2 && (*there)->cookie == cookie) {
       branch("perOriginSmIs", "kept");
       return;

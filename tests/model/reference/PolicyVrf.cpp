@@ -120,9 +120,13 @@ void PolicyVrf::childIs(const Text& priority, const NodePtr& ruleV1, const NodeP
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(priority)) {
+  bool replaced = false;
+  while (const MachinePtr* const there = children.find(priority)) {
     if ((*there)->v1 == ruleV1 && (*there)->v2 == ruleV2 && (*there)->cookie == chosen) {
       branch("perRuleSmIs", "kept");
+      if (replaced) {
+        notifiees.publish(134, priority);
+      }
       return;
     }
     if (!isLate()) {
@@ -131,6 +135,7 @@ void PolicyVrf::childIs(const Text& priority, const NodePtr& ruleV1, const NodeP
     }
     branch("perRuleSmIs", "replaced late");
     retire(priority);
+    replaced = true;
   }
   bring<PolicyRule>(priority, {.key = priority,
                                .v1 = ruleV1,

@@ -99,7 +99,7 @@ void ServiceDevice::childIs(const Text& vrfName, const Text& net, const NodePtr&
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(vrfName)) {
+  while (const MachinePtr* const there = children.find(vrfName)) {
     if ((*there)->v1 == vrfV1 && (*there)->v2 == vrfV2 && (*there)->netVrfName == net) {
       branch("perVrfSmIs", "kept");
       return;

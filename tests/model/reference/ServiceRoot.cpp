@@ -82,7 +82,7 @@ void ServiceRoot::childIs(const Text& deviceName, const NodePtr& deviceV1, const
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(deviceName)) {
+  while (const MachinePtr* const there = children.find(deviceName)) {
     if ((*there)->v1 == deviceV1 && (*there)->v2 == deviceV2 && (*there)->record == list) {
       branch("perDeviceSmIs", "kept");
       return;

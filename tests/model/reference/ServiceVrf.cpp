@@ -102,7 +102,7 @@ void ServiceVrf::childIs(const Text& address, const NodePtr& intfV1, const NodeP
     branch("childIs", "under way");
     return;
   }
-  if (const MachinePtr* const there = children.find(address)) {
+  while (const MachinePtr* const there = children.find(address)) {
     if ((*there)->v1 == intfV1 && (*there)->v2 == intfV2 && (*there)->cookie == cookie) {
       branch("perL3IntfSmIs", "kept");
       return;
