@@ -131,13 +131,15 @@ void Machine::work(const std::function<void()>& what) {
     branch("constructor", "failed");
     waiting_.clear();  // it will not live to be told
   }
-  // Nor will one be told that nobody wants any more.
+  // Nor will one be told that nobody wants any more; one that is marked ignores what it is told.
   while (working_ == 1 && !waiting_.empty() && !(keep && keep.use_count() == 1)) {
     const auto next = std::move(waiting_.front());
     waiting_.pop_front();
-    late_ = true;
-    attempt(next);
-    late_ = false;
+    if (!marked) {
+      late_ = true;
+      attempt(next);
+      late_ = false;
+    }
   }
   --working_;
   if (first) {
