@@ -2,6 +2,8 @@
 
 #include "Brix/Ptr.h"
 #include "Kel/Assert.h"
+#include "Kel/System.h"
+#include "common/UpdateCookie.h"
 
 namespace VelaPolicyMonitor {
 
@@ -24,6 +26,18 @@ Record& recordOf(const Brix::Ptr<Record>& policyList, const char* function) {
                "the state machine of a device was built without the monitor's record of it",
                function);
   return *policyList;
+}
+
+/// Stamps the time once for all that was marked since the last stamp. What an observer of the stamp
+/// marks meanwhile is left to the next one.
+template <class Entity>
+void stamp(Entity& entityV2, const Brix::Ptr<UpdateCookie>& cookie) {
+  const Brix::Ptr<UpdateCookie> stamped = cookie;  // the observer may have it replaced
+  const std::uint32_t marks = stamped->marks();
+  entityV2.timestampIs(Kel::System::currentTime());
+  if (stamped->marks() == marks) {
+    stamped->updatedIs(false);
+  }
 }
 
 }  // namespace VelaPolicyMonitor

@@ -1,6 +1,5 @@
 #include "policy/PolicyTranslatePerVrfSm.h"
 
-#include "Kel/System.h"
 #include "common/Handling.h"
 #include "common/Output.h"
 #include "policy/Module.h"
@@ -187,14 +186,8 @@ void PolicyTranslatePerVrfSm::doUpdate() {
     return;
   }
   const Handling run{*this, kTrace, "doUpdate()"};
-  const Brix::Ptr<UpdateCookie> stamped = cookie();
-  const std::uint32_t marks = stamped->marks();
   run.enter(" VRF name: ", vrfName());
-  output(policyV2(), "doUpdate()").timestampIs(Kel::System::currentTime());
-  // What an observer of the time stamp has changed meanwhile is stamped at the next signal.
-  if (stamped->marks() == marks) {
-    stamped->updatedIs(false);
-  }
+  stamp(output(policyV2(), "doUpdate()"), cookie());
 }
 
 // Deliberate: initComplete and the cookie stay as they are.

@@ -1,6 +1,5 @@
 #include "servicedevice/PerVrfServiceDeviceTranslateSm.h"
 
-#include "Kel/System.h"
 #include "common/Handling.h"
 #include "common/Output.h"
 #include "servicedevice/Module.h"
@@ -160,14 +159,8 @@ void PerVrfServiceDeviceTranslateSm::doUpdate() {
     return;
   }
   const Handling run{*this, kTrace, "doUpdate()"};
-  const Brix::Ptr<UpdateCookie> stamped = cookie();
-  const std::uint32_t marks = stamped->marks();
   run.enter(" VRF name: ", vrfName());
-  output(vrfConfigV2(), "doUpdate()").timestampIs(Kel::System::currentTime());
-  // What an observer of the time stamp has changed meanwhile is stamped at the next signal.
-  if (stamped->marks() == marks) {
-    stamped->updatedIs(false);
-  }
+  stamp(output(vrfConfigV2(), "doUpdate()"), cookie());
 }
 
 // Deliberate: initComplete and the time stamp stay as they are.
