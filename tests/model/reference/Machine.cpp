@@ -13,7 +13,7 @@ struct Machine::Reactor : Subscriber {
 
   void notify(int id, const Text& entry) override {
     const auto found = reactions.find(id);
-    if (found != reactions.end() && !owner.marked) {
+    if (found != reactions.end() && !owner.marked && !owner.ended_) {
       owner.deliver(found->second, entry);
     }
   }

@@ -94,10 +94,6 @@ void PolicyDevice::handleVrf() {
 
 void PolicyDevice::childIs(const Text& vrfName, const Text& net, const NodePtr& policyV1,
                            const NodePtr& policyV2) {
-  if (mayNotBring(vrfName)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(vrfName)) {
     if ((*there)->v1 == policyV1 && (*there)->v2 == policyV2 && (*there)->netVrfName == net) {
       branch("perVrfSmIs", "kept");
@@ -105,6 +101,10 @@ void PolicyDevice::childIs(const Text& vrfName, const Text& net, const NodePtr& 
     }
     branch("perVrfSmIs", "replaced");
     retire(vrfName);
+  }
+  if (mayNotBring(vrfName)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<PolicyVrf>(vrfName, {.key = vrfName,
                              .v1 = policyV1,

@@ -77,10 +77,6 @@ void PolicyRoot::handlePolicySet(const Text& deviceName) {
 
 void PolicyRoot::childIs(const Text& deviceName, const NodePtr& setV1, const NodePtr& setV2,
                          const NodePtr& list) {
-  if (mayNotBring(deviceName)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(deviceName)) {
     if ((*there)->v1 == setV1 && (*there)->v2 == setV2 && (*there)->record == list) {
       branch("perDeviceSmIs", "kept");
@@ -88,6 +84,10 @@ void PolicyRoot::childIs(const Text& deviceName, const NodePtr& setV1, const Nod
     }
     branch("perDeviceSmIs", "replaced");
     retire(deviceName);
+  }
+  if (mayNotBring(deviceName)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<PolicyDevice>(deviceName, {.key = deviceName,
                                    .v1 = setV1,

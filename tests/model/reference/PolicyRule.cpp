@@ -69,10 +69,6 @@ void PolicyRule::handleOrigin() {
 }
 
 void PolicyRule::childIs(const Text& origin, const NodePtr& originV1, const NodePtr& originV2) {
-  if (mayNotBring(origin)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(origin)) {
     if ((*there)->v1 == originV1 && (*there)->v2 == originV2 && (*there)->cookie == cookie) {
       branch("perOriginSmIs", "kept");
@@ -84,6 +80,10 @@ void PolicyRule::childIs(const Text& origin, const NodePtr& originV1, const Node
     }
     branch("perOriginSmIs", "replaced late");
     retire(origin);
+  }
+  if (mayNotBring(origin)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<PolicyOrigin>(origin, {.key = origin,
                                .v1 = originV1,

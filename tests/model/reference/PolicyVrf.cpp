@@ -116,10 +116,6 @@ void PolicyVrf::handleRule() {
 
 void PolicyVrf::childIs(const Text& priority, const NodePtr& ruleV1, const NodePtr& ruleV2,
                         const CookiePtr& chosen) {
-  if (mayNotBring(priority)) {
-    branch("childIs", "under way");
-    return;
-  }
   bool replaced = false;
   while (const MachinePtr* const there = children.find(priority)) {
     if ((*there)->v1 == ruleV1 && (*there)->v2 == ruleV2 && (*there)->cookie == chosen) {
@@ -136,6 +132,10 @@ void PolicyVrf::childIs(const Text& priority, const NodePtr& ruleV1, const NodeP
     branch("perRuleSmIs", "replaced late");
     retire(priority);
     replaced = true;
+  }
+  if (mayNotBring(priority)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<PolicyRule>(priority, {.key = priority,
                                .v1 = ruleV1,

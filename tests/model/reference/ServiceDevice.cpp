@@ -95,10 +95,6 @@ void ServiceDevice::handleVrf() {
 
 void ServiceDevice::childIs(const Text& vrfName, const Text& net, const NodePtr& vrfV1,
                             const NodePtr& vrfV2) {
-  if (mayNotBring(vrfName)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(vrfName)) {
     if ((*there)->v1 == vrfV1 && (*there)->v2 == vrfV2 && (*there)->netVrfName == net) {
       branch("perVrfSmIs", "kept");
@@ -106,6 +102,10 @@ void ServiceDevice::childIs(const Text& vrfName, const Text& net, const NodePtr&
     }
     branch("perVrfSmIs", "replaced");
     retire(vrfName);
+  }
+  if (mayNotBring(vrfName)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<ServiceVrf>(
       vrfName,

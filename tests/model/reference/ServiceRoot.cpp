@@ -78,10 +78,6 @@ void ServiceRoot::handleDevice() {
 
 void ServiceRoot::childIs(const Text& deviceName, const NodePtr& deviceV1, const NodePtr& deviceV2,
                           const NodePtr& list) {
-  if (mayNotBring(deviceName)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(deviceName)) {
     if ((*there)->v1 == deviceV1 && (*there)->v2 == deviceV2 && (*there)->record == list) {
       branch("perDeviceSmIs", "kept");
@@ -89,6 +85,10 @@ void ServiceRoot::childIs(const Text& deviceName, const NodePtr& deviceV1, const
     }
     branch("perDeviceSmIs", "replaced");
     retire(deviceName);
+  }
+  if (mayNotBring(deviceName)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<ServiceDevice>(deviceName, {.key = deviceName,
                                     .v1 = deviceV1,

@@ -98,10 +98,6 @@ void ServiceVrf::handleL3Intf() {
 }
 
 void ServiceVrf::childIs(const Text& address, const NodePtr& intfV1, const NodePtr& intfV2) {
-  if (mayNotBring(address)) {
-    branch("childIs", "under way");
-    return;
-  }
   while (const MachinePtr* const there = children.find(address)) {
     if ((*there)->v1 == intfV1 && (*there)->v2 == intfV2 && (*there)->cookie == cookie) {
       branch("perL3IntfSmIs", "kept");
@@ -109,6 +105,10 @@ void ServiceVrf::childIs(const Text& address, const NodePtr& intfV1, const NodeP
     }
     branch("perL3IntfSmIs", "replaced");
     retire(address);
+  }
+  if (mayNotBring(address)) {
+    branch("childIs", "under way");
+    return;
   }
   bring<ServiceIntf>(address, {.key = address,
                                .v1 = intfV1,
