@@ -58,7 +58,7 @@ TEST(Segments, WhatTheProcessBeforeLeftIsKeptOnce) {
 }
 
 /// Whatever lies there, also what belongs to nobody.
-[[gnu::no_sanitize("address")]] std::uint64_t wordAt(std::size_t address) {
+[[gnu::no_sanitize_address]] std::uint64_t wordAt(std::size_t address) {
   return *reinterpret_cast<const std::uint64_t*>(address);
 }
 
