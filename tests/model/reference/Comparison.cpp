@@ -248,6 +248,10 @@ Text differenceOf(ModelSide& model, const LibrarySide& library) {
                           "held " + std::to_string(slot));
     }
     equalCounts(model.world);
+    if (model.world.lost != library.lost()) {
+      throw Different{"lines lost: expected " + std::to_string(model.world.lost) + ", got " +
+                      std::to_string(library.lost())};
+    }
   } catch (const Different& different) {
     return different.what;
   }

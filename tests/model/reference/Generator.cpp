@@ -20,10 +20,12 @@ Generator::Generator(std::uint64_t seed, bool calm)
       tampers_(!calm && oneIn(2)),
       silences_(!calm && oneIn(2)),
       calls_(!calm && oneIn(2)),
-      observes_(!calm && oneIn(2)),
+      observes_(!calm && below(5) < 3),
       keeps_(!calm && oneIn(2)),
       policyOnly_(!calm && oneIn(4)),
-      outOfRange_(!calm && oneIn(4)) {
+      outOfRange_(!calm && oneIn(3)),
+      raises_(!calm && oneIn(3)),
+      loses_(!calm && oneIn(8)) {
   // A world begins with its roots, and with something to translate.
   for (const From root : {From::policyRoot, From::serviceRoot}) {
     Operation start;
@@ -72,9 +74,15 @@ Operation Generator::anything(int depth) {
   if (observes_ && depth == 0 && draw >= 16 && draw < 22) {
     return observing(depth);
   }
-  if (draw >= 23 && draw < 30 && (calls_ || silences_) && depth == 0) {
+  if (draw >= 23 && draw < 36 && (calls_ || silences_) && depth == 0) {
     episode();
     return next();
+  }
+  if (loses_ && draw == 36) {
+    Operation operation;
+    operation.verb = Verb::lose;
+    operation.times = 1 + static_cast<int>(below(3));
+    return operation;
   }
   if (draw == 22 && !calm_ && oneIn(3)) {
     return rootChange();
@@ -92,6 +100,8 @@ Operation Generator::plain() {
   }
   return draw < 92 ? recordChange() : redelivery();
 }
+
+std::pair<Text, Text> Generator::home() const { return {kDevices[home_], kRecords[home_][0]}; }
 
 // --- Names ------------------------------------------------------------------------------------
 
@@ -239,23 +249,40 @@ Operation Generator::toPolicyLeaf(Operation operation, bool generation1) {
   return operation;
 }
 
+// An entry or a member of what an entity of version 1 holds.
+Operation Generator::entryAt(bool policy, Place place, std::size_t level) {
+  Operation operation;
+  operation.at = std::move(place);
+  operation.create = true;
+  if (policy && level == 5) {
+    operation.id = std::initializer_list<int>{258, 259, 260, 261, 262, 265, 266}.begin()[below(7)];
+    operation.key = criterion(operation.id);
+    return operation;
+  }
+  if (policy && level == 4 && oneIn(3)) {
+    operation.id = 263;
+    return operation;
+  }
+  const Text keys[] = {device(), vrf(), policy ? priority() : address(),
+                       policy ? origin() : prefix(), modifier()};
+  operation.id = level == 0 ? 258 : policy && level > 2 ? 261 : 259;
+  operation.key = keys[level];
+  return operation;
+}
+
 // A change of what an entity of version 1 holds.
 Operation Generator::changeAt(bool policy, Place place, std::size_t level) {
-  if (!policy) {
-    const Text keys[] = {device(), vrf(), address(), prefix()};
-    return structure(std::move(place), level == 0 ? 258 : 259, keys[level]);
-  }
-  if (level == 5) {
+  if (policy && level == 5) {
     const int id = 258 + static_cast<int>(below(9));
     return structure(std::move(place), id, criterion(id));
   }
-  if (level == 4) {
+  if (policy && level == 4) {
     Operation operation;
     operation.at = std::move(place);
     return toPolicyLeaf(std::move(operation), true);
   }
-  const Text keys[] = {device(), vrf(), priority(), origin()};
-  return structure(std::move(place), level == 0 ? 258 : level == 3 ? 261 : 259, keys[level]);
+  Operation operation = entryAt(policy, std::move(place), level);
+  return structure(std::move(operation.at), operation.id, std::move(operation.key));
 }
 
 Operation Generator::policyChange() {

@@ -27,6 +27,7 @@ class Generator {
   Text one(std::initializer_list<const char*> all) { return all.begin()[below(all.size())]; }
 
   // Each world has a device that most things happen to, and the first of these.
+  std::pair<Text, Text> home() const;  ///< that device and its record
   Text device();
   Text vrf() { return one({"red", "red", "red", "blue", "green"}); }
   Text priority();
@@ -50,13 +51,21 @@ class Generator {
   Operation tampering();
   Operation machineChange();
   Operation machineCall(Operation operation, std::size_t level);
+  Operation handlerCall(Operation operation, std::size_t level);
   Operation rootChange();
+  Operation entryAt(bool policy, Place place, std::size_t level);
   Operation changeAt(bool policy, Place place, std::size_t level);
   void episode();
   void missedChanges(bool policy, const Place& entity, const Place& machine);
   void replacement(bool policy, Place entity);
+  void removal(bool policy, const Place& entity, const Place& machine);
+  void renaming(bool policy);
+  void uninitialized(bool policy);
+  void interplay(bool policy, std::size_t level);
+  Operation homeName();
   Operation keeping();
   Operation observing(int depth);
+  Operation deletion(const Operation& observer);
 
   Place policyPlace(From from, std::size_t depth);
   Place servicePlace(From from, std::size_t depth);
@@ -76,6 +85,8 @@ class Generator {
   bool keeps_;
   bool policyOnly_;
   bool outOfRange_;
+  bool raises_;
+  bool loses_;
 };
 
 }  // namespace Reference

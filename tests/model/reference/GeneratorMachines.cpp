@@ -56,6 +56,7 @@ Operation Generator::machineChange() {
     operation.verb = oneIn(3) ? Verb::unlisten : Verb::listen;
     operation.slot = below(kSlots);
     operation.create = oneIn(2);
+    operation.times = raises_ ? static_cast<int>(below(3)) : 0;
     return operation;
   }
   operation.verb = Verb::call;
@@ -63,6 +64,21 @@ Operation Generator::machineChange() {
 }
 
 Operation Generator::machineCall(Operation operation, std::size_t level) {
+  const bool leaf = level == 5 || level == 9;
+  const std::size_t draw = below(10);
+  if (draw < 2) {
+    operation.value = "handleInitialized()";
+    return operation;
+  }
+  if (draw < 3 && !leaf) {
+    operation.value = "cleanup()";
+    return operation;
+  }
+  return handlerCall(std::move(operation), level);
+}
+
+// Levels of the service-device tree count from 6.
+Operation Generator::handlerCall(Operation operation, std::size_t level) {
   static constexpr const char* kSets[] = {
       "handleSrcIp", "handleSrcIpRange", "handleDstIp",        "handleDstIpRange",
       "handleL3App", "handleDstL4App",   "handleDstL4AppRange"};
@@ -74,16 +90,6 @@ Operation Generator::machineCall(Operation operation, std::size_t level) {
                                              "VelaL3::VelaL4App",
                                              "const VelaL3::VelaL4AppRange&"};
   static constexpr int kSetIds[] = {258, 259, 260, 261, 262, 265, 266};
-  const bool leaf = level == 5 || level == 9;
-  const std::size_t draw = below(10);
-  if (draw < 2) {
-    operation.value = "handleInitialized()";
-    return operation;
-  }
-  if (draw < 3 && !leaf) {
-    operation.value = "cleanup()";
-    return operation;
-  }
   const bool whole = oneIn(2);
   const auto choose = [&](const char* handler, const char* argument, Text key) {
     operation.value = Text(handler) + "(" + (whole ? "" : argument) + ")";
@@ -149,7 +155,7 @@ Operation Generator::rootChange() {
   };
   meanwhile();
   if (oneIn(4)) {
-    start.value = one({"version 1", "status"});
+    start.value = one({"version 1", "status", "version 2"});
     pending_.push_back(start);
     meanwhile();
     pending_.push_back(stop);
@@ -157,96 +163,6 @@ Operation Generator::rootChange() {
   }
   pending_.push_back(start);
   return stop;
-}
-
-// Several operations in one place, that only together come to what is rare otherwise.
-void Generator::episode() {
-  const bool policy = policyOnly_ || !oneIn(3);
-  const std::size_t level =
-      policy
-          ? std::initializer_list<std::size_t>{0, 1, 2, 2, 3, 4, 4, 4, 5, 5, 5}.begin()[below(11)]
-          : below(4);
-  const Place entity =
-      policy ? policyPlace(From::policyV1, level) : servicePlace(From::serviceV1, level);
-  Operation toMachine;
-  toMachine.at = entity;
-  toMachine.at.from = policy ? From::policyRoot : From::serviceRoot;
-  if (policy && level == 5) {
-    toMachine.at.steps.back().second = "match";
-  }
-  toMachine.verb = Verb::call;
-  pending_.push_back(changeAt(policy, entity, level));
-  switch (below(4)) {
-    case 0:
-      missedChanges(policy, entity, toMachine.at);
-      break;
-    case 1:
-      replacement(policy, entity);
-      break;
-    case 2:
-      toMachine.value = "handleInitialized()";
-      pending_.push_back(toMachine);
-      break;
-    default:
-      toMachine.value = "cleanup()";
-      pending_.push_back(toMachine);
-      for (std::size_t count = 1 + below(4); count != 0; --count) {
-        pending_.push_back(oneIn(2) ? changeAt(policy, entity, level)
-                                    : machineCall(toMachine, level + (policy ? 0 : 6)));
-      }
-      toMachine.value = "handleInitialized()";
-      pending_.push_back(toMachine);
-      break;
-  }
-}
-
-// A machine is switched off or marked, misses changes, and walks.
-void Generator::missedChanges(bool policy, const Place& entity, const Place& machine) {
-  const std::size_t level = entity.steps.size();
-  Operation toMachine;
-  toMachine.at = machine;
-  const bool marked = oneIn(3);
-  toMachine.verb = marked ? Verb::mark : Verb::suspend;
-  pending_.push_back(toMachine);
-  for (std::size_t count = 1 + below(4); count != 0; --count) {
-    pending_.push_back(changeAt(policy, entity, level));
-  }
-  toMachine.verb = marked ? Verb::unmark : Verb::resume;
-  pending_.push_back(toMachine);
-  toMachine.verb = Verb::call;
-  for (std::size_t count = 1 + below(2); count != 0; --count) {
-    pending_.push_back(machineCall(toMachine, level + (policy ? 0 : 6)));
-  }
-}
-
-// An entity gives way to another one under the same key, unseen; then its owner is told.
-void Generator::replacement(bool policy, Place entity) {
-  if (entity.steps.empty()) {
-    return;
-  }
-  const std::size_t level = entity.steps.size() - 1;
-  const auto [id, key] = entity.steps.back();
-  entity.steps.pop_back();
-  Operation toMachine;
-  toMachine.at = entity;
-  toMachine.at.from = policy ? From::policyRoot : From::serviceRoot;
-  toMachine.verb = Verb::suspend;
-  pending_.push_back(toMachine);
-  Operation change;
-  change.at = entity;
-  change.id = id;
-  change.key = key;
-  for (const Verb verb : {Verb::erase, Verb::put}) {
-    change.verb = verb;
-    pending_.push_back(change);
-  }
-  Place below = entity;
-  below.steps.emplace_back(id, key);
-  pending_.push_back(changeAt(policy, below, level + 1));
-  toMachine.verb = Verb::resume;
-  pending_.push_back(toMachine);
-  change.verb = Verb::notify;
-  pending_.push_back(change);
 }
 
 // Somebody holds on to an entity or a machine, or lets it go.
@@ -290,13 +206,19 @@ Operation Generator::observing(int depth) {
   }
   operation.verb = Verb::observe;
   operation.times = 1 + static_cast<int>(below(3));
-  switch (below(5)) {
+  switch (below(12)) {
     case 0:
+    case 1:
       operation.at.from = From::status;
       operation.at.steps.emplace_back(257, recordName());
       break;
-    case 1:
     case 2:
+      operation.at = oneIn(2) ? servicePlace(From::serviceV1, below(4))
+                              : policyPlace(From::policyV1, below(6));
+      break;
+    case 3:
+    case 4:
+    case 5:
       operation.at = servicePlace(From::serviceV2, below(4));
       break;
     default:
@@ -306,7 +228,11 @@ Operation Generator::observing(int depth) {
   const From from = operation.at.from;
   const std::size_t level = operation.at.steps.size();
   for (std::size_t count = 1 + below(3); count != 0; --count) {
-    if (from == From::status || oneIn(3)) {
+    if (oneIn(4)) {
+      operation.nested.push_back(deletion(operation));
+      continue;
+    }
+    if (from < From::policyV2 || oneIn(3)) {
       operation.nested.push_back(anything(depth + 1));
       continue;
     }
@@ -315,6 +241,48 @@ Operation Generator::observing(int depth) {
     operation.nested.push_back(changeAt(
         policy, policy ? policyPlace(From::policyV1, level) : servicePlace(From::serviceV1, level),
         level));
+  }
+  if (raises_ && oneIn(2)) {
+    Operation raise;
+    raise.verb = Verb::raise;
+    operation.nested.push_back(raise);
+  }
+  return operation;
+}
+
+// An observer deletes itself, the machine that is at work, what stands round that, or the root.
+Operation Generator::deletion(const Operation& observer) {
+  const From from = observer.at.from;
+  const bool service = from == From::serviceV1 || from == From::serviceV2;
+  const std::size_t level = observer.at.steps.size();
+  Operation operation;
+  operation.at.from = service ? From::serviceRoot : From::policyRoot;
+  switch (below(6)) {
+    case 0:
+      operation.verb = Verb::unobserve;
+      operation.slot = observer.slot;
+      break;
+    case 1:
+      operation.verb = Verb::stop;
+      break;
+    case 2: {
+      // The entity that the machine follows, or one above.
+      const std::size_t above = below(std::min<std::size_t>(level, service ? 3 : 4) + 1);
+      operation = service ? entryAt(false, servicePlace(From::serviceV1, above), above)
+                          : entryAt(true, policyPlace(From::policyV1, above), above);
+      operation.verb = Verb::erase;
+      break;
+    }
+    default: {
+      // A child of the machine, of its parent, or of any above.
+      const std::size_t owner = below(std::min<std::size_t>(level, service ? 2 : 4) + 1);
+      const Operation entry = service ? entryAt(false, servicePlace(From::serviceV1, owner), owner)
+                                      : entryAt(true, policyPlace(From::policyV1, owner), owner);
+      operation.at.steps = entry.at.steps;
+      operation.verb = oneIn(6) ? Verb::childDelAll : Verb::childDel;
+      operation.key = !service && owner == 4 ? "match" : entry.key;
+      break;
+    }
   }
   return operation;
 }

@@ -78,6 +78,9 @@ struct LibrarySide::Observer : Brix::Subscriber {
     // A copy: an observer may be replaced by what it does.
     const std::vector<Operation> nested = self.what.nested;
     for (const Operation& each : nested) {
+      if (each.verb == Verb::raise) {
+        side.refuse();
+      }
       side.apply(each);
     }
   }
@@ -90,8 +93,8 @@ struct LibrarySide::Observer : Brix::Subscriber {
 
 /// A notifiee of the old style.
 struct LibrarySide::Listener final : KelBrix::LegacyNotifiee {
-  Listener(Text& log_, std::size_t slot_, ObjectPtr machine_, bool visitNow)
-      : log(log_), slot(slot_), machine(std::move(machine_)) {
+  Listener(LibrarySide& side_, std::size_t slot_, ObjectPtr machine_, bool visitNow)
+      : side(side_), slot(slot_), machine(std::move(machine_)) {
     KelBrix::addLegacyNotifiee(*machine, *this, visitNow);
   }
   Listener(const Listener&) = delete;
@@ -99,12 +102,17 @@ struct LibrarySide::Listener final : KelBrix::LegacyNotifiee {
   ~Listener() { KelBrix::removeLegacyNotifiee(*machine, *this); }
 
   void notify(Kel::AttrId id, const void* /*value*/) override {
-    log += "~ " + std::to_string(slot) + " " + std::to_string(id) + "\n";
+    side.log += "~ " + std::to_string(slot) + " " + std::to_string(id) + "\n";
+    if (refusals != 0) {
+      --refusals;
+      side.refuse();
+    }
   }
 
-  Text& log;
+  LibrarySide& side;
   std::size_t slot;
   ObjectPtr machine;
+  int refusals = 0;
 };
 
 /// Logs what an entity and all that comes to stand below it tell of.
@@ -152,6 +160,10 @@ LibrarySide::LibrarySide(bool journal)
   Kel::System::clockIs([this] { return time; });
   sinkBefore_ =
       Kel::TextTrace::sinkIs(Kel::TextTrace::callbackSink([this](const Kel::TextTrace::Line& line) {
+        if (losing_ != 0) {
+          --losing_;
+          throw Refused();
+        }
         log += static_cast<char>('0' + line.level);
         log.append(" ").append(line.message).append("\n");
       }));
@@ -179,6 +191,16 @@ void LibrarySide::close() {
   roots[1].reset();
 }
 
+void LibrarySide::refuse() {
+  const bool refuses = !refusals.empty() && refusals.front();
+  if (!refusals.empty()) {
+    refusals.pop_front();
+  }
+  if (refuses) {
+    throw Refused();
+  }
+}
+
 void LibrarySide::record(const Kel::PtrInterface& entity) {
   auto& recorder = recorders_[&entity];
   if (!recorder) {
@@ -199,6 +221,8 @@ void LibrarySide::apply(const Operation& operation) {
     log.append("? ").append(error.what()).append("\n");
   } catch (const Kel::ReinstantiationException&) {
     log += "? re-instantiation\n";
+  } catch (const Refused&) {
+    log += "? refused\n";
   }
 }
 
@@ -246,6 +270,10 @@ void LibrarySide::toNode(const Operation& operation) {
   }
   if (operation.verb == Verb::unobserve) {
     const auto gone = std::exchange(observers_[operation.slot], nullptr);
+    return;
+  }
+  if (operation.verb == Verb::lose) {
+    losing_ = operation.times;
     return;
   }
   const ObjectPtr at = node(operation.at, operation.create);
@@ -322,7 +350,8 @@ void LibrarySide::toMachine(const Operation& operation) {
       if (at->notifieeList()) {
         const auto gone = std::exchange(listeners_[operation.slot], nullptr);
         listeners_[operation.slot] =
-            std::make_shared<Listener>(log, operation.slot, at, operation.create);
+            std::make_shared<Listener>(*this, operation.slot, at, operation.create);
+        listeners_[operation.slot]->refusals = operation.times;
       }
       break;
     default:
@@ -343,15 +372,17 @@ void LibrarySide::toRoot(const Operation& operation) {
     return;
   }
   const ObjectPtr v1 = operation.value == "version 1" ? nullptr : tops[policy ? 0 : 1];
-  const auto status = as<Status>(operation.value == "status" ? nullptr : tops[2]);
+  const bool noV2 = operation.value == "version 2";
+  const auto status = as<Status>(noV2 || operation.value == "status" ? nullptr : tops[2]);
   ObjectPtr made;
   if (policy) {
-    made = policyTranslateRootSmFactory(as<const VelaL3::VelaPolicySourceConfig>(v1),
-                                        as<VelaL3V2::VelaPolicySourceConfig>(tops[3]), status);
+    made = policyTranslateRootSmFactory(
+        as<const VelaL3::VelaPolicySourceConfig>(v1),
+        as<VelaL3V2::VelaPolicySourceConfig>(noV2 ? nullptr : tops[3]), status);
   } else {
-    made = serviceDeviceTranslateRootSmFactory(as<const VelaL3::ServiceDeviceSourceConfig>(v1),
-                                               as<VelaL3V2::ServiceDeviceSourceConfig>(tops[4]),
-                                               status);
+    made = serviceDeviceTranslateRootSmFactory(
+        as<const VelaL3::ServiceDeviceSourceConfig>(v1),
+        as<VelaL3V2::ServiceDeviceSourceConfig>(noV2 ? nullptr : tops[4]), status);
   }
   if (!root) {
     root = std::move(made);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <deque>
 #include <map>
 #include <memory>
 
@@ -24,11 +25,14 @@ class LibrarySide {
   void apply(const Operation& operation);
   /// Ends observers, roots and whatever is held.
   void close();
+  /// How many trace lines the sink has lost.
+  long lost() const { return static_cast<long>(Kel::TextTrace::linesLost() - lostBefore_); }
   /// Whether a journal is kept of this entity.
   bool journals(const Kel::PtrInterface& entity) const { return recorders_.contains(&entity); }
 
   Text log;
   double time = 0;
+  std::deque<bool> refusals;      ///< whether each who is to raise Refused does so, in order
   std::array<ObjectPtr, 5> tops;  ///< by From
   std::array<ObjectPtr, 2> roots;
   std::array<ObjectPtr, kSlots> kept;
@@ -45,8 +49,11 @@ class LibrarySide {
   void toMachine(const Operation& operation);
   void toRoot(const Operation& operation);
   void record(const Kel::PtrInterface& entity);
+  void refuse();
 
+  int losing_ = 0;
   std::shared_ptr<Kel::TextTrace::Sink> sinkBefore_;
+  const std::uint64_t lostBefore_ = Kel::TextTrace::linesLost();
   std::array<std::shared_ptr<Observer>, kSlots> observers_;
   std::array<std::shared_ptr<Listener>, kSlots> listeners_;
   std::map<const Kel::PtrInterface*, std::unique_ptr<Recorder>> recorders_;

@@ -7,6 +7,19 @@ namespace Reference {
 Cookie::Cookie(World& world_) : world(world_) { ++world.live["VelaPolicyMonitor::UpdateCookie"]; }
 Cookie::~Cookie() { --world.live["VelaPolicyMonitor::UpdateCookie"]; }
 
+namespace {
+
+/// What runs while this lives may not raise: that would end the process.
+struct Sealed {
+  explicit Sealed(World& world_) : world(world_) { ++world.sealed; }
+  Sealed(const Sealed&) = delete;
+  Sealed& operator=(const Sealed&) = delete;
+  ~Sealed() { --world.sealed; }
+  World& world;
+};
+
+}  // namespace
+
 struct Machine::Reactor : Subscriber {
   Reactor(Machine& owner_, NodePtr node_, const Reactions& reactions_)
       : owner(owner_), node(std::move(node_)), reactions(reactions_) {}
@@ -63,6 +76,7 @@ void Machine::construct() {
 }
 
 void Machine::ended(Machine* machine) {
+  const Sealed sealed(machine->world);
   machine->end();
   machine->activeIs(false);  // one that was retired may have been switched on again
   delete machine;
@@ -108,10 +122,19 @@ void Machine::call(const Text& form, const Text& argument) {
 // A machine that is at work already is told when it is done.
 void Machine::deliver(const Handler& handler, const Text& argument) {
   if (working_ == 0) {
-    work([&] { handler(*this, Text(argument)); });
+    work([&] { handle(handler, Text(argument)); });
   } else {
     branch("dispatch", "waits");
-    waiting_.emplace_back([this, &handler, argument] { handler(*this, argument); });
+    waiting_.emplace_back([this, &handler, argument] { handle(handler, argument); });
+  }
+}
+
+void Machine::handle(const Handler& handler, const Text& argument) {
+  if (dispatchIsSealed()) {
+    const Sealed sealed(world);
+    handler(*this, argument);
+  } else {
+    handler(*this, argument);
   }
 }
 
@@ -149,6 +172,7 @@ void Machine::work(const std::function<void()>& what) {
 
 void Machine::retire(const Text& childKey) {
   if (const auto child = children.take(childKey)) {
+    const Sealed sealed(world);
     (*child)->end();
     (*child)->activeIs(false);
   }
@@ -164,6 +188,11 @@ void Machine::childDelAll() {
 
 void Machine::trace(int level, const char* form, std::initializer_list<std::string_view> pieces) {
   ++world.hits[{name, form, level, pieces.size() == 0 ? "" : pieces.begin()->data()}];
+  if (world.losing != 0) {
+    --world.losing;
+    ++world.lost;
+    return;
+  }
   world.log.append(std::to_string(level)).append(" void ").append(name).append("::").append(form);
   for (const std::string_view piece : pieces) {
     world.log.append(piece);

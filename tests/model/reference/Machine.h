@@ -84,6 +84,8 @@ class Machine : public std::enable_shared_from_this<Machine> {
 
   /// Whether the machine switches itself and its children off when it ends.
   virtual bool endsSwitchedOff() const { return true; }
+  /// Whether what a notification has it do may not raise.
+  virtual bool dispatchIsSealed() const { return false; }
   virtual void cleanup() = 0;
   virtual void handleInitialized() = 0;
   virtual void childDel(const Text& childKey);
@@ -150,6 +152,7 @@ class Machine : public std::enable_shared_from_this<Machine> {
   void construct();
   void end();
   void deliver(const Handler& handler, const Text& argument);
+  void handle(const Handler& handler, const Text& argument);
   void work(const std::function<void()>& what);
 
   std::vector<std::unique_ptr<Reactor>> reactors_;

@@ -24,6 +24,9 @@ struct ModelSide::Observer : Subscriber {
     // A copy: an observer may be replaced by what it does.
     const std::vector<Operation> nested = what.nested;
     for (const Operation& each : nested) {
+      if (each.verb == Verb::raise) {
+        side.world.refuse();
+      }
       side.apply(each);
     }
   }
@@ -44,11 +47,16 @@ struct ModelSide::Listener : Subscriber {
 
   void notify(int id, const Text& /*key*/) override {
     world.line("~ " + std::to_string(slot) + " " + std::to_string(id));
+    if (refusals != 0) {
+      --refusals;
+      world.refuse();
+    }
   }
 
   World& world;
   std::size_t slot;
   MachinePtr machine;
+  int refusals = 0;
 };
 
 ModelSide::ModelSide(bool journal)
@@ -74,6 +82,7 @@ void ModelSide::close() {
 }
 
 void ModelSide::apply(const Operation& operation) {
+  const int sealed = std::exchange(world.sealed, 0);  // nothing that is raised gets that far
   try {
     if (operation.verb >= Verb::start) {
       toRoot(operation);
@@ -86,7 +95,10 @@ void ModelSide::apply(const Operation& operation) {
     world.line(Text("? ") + error.what());
   } catch (const Reinstantiated&) {
     world.line("? re-instantiation");
+  } catch (const Refused&) {
+    world.line("? refused");
   }
+  world.sealed = sealed;
 }
 
 NodePtr ModelSide::node(const Place& place, bool create) {
@@ -131,6 +143,10 @@ void ModelSide::toNode(const Operation& operation) {
   }
   if (operation.verb == Verb::unobserve) {
     const auto gone = std::exchange(observers_[operation.slot], nullptr);
+    return;
+  }
+  if (operation.verb == Verb::lose) {
+    world.losing = operation.times;
     return;
   }
   const NodePtr at = node(operation.at, operation.create);
@@ -253,6 +269,7 @@ void ModelSide::listen(const Operation& operation) {
       made->notify(id, {});
     }
   }
+  made->refusals = operation.times;
 }
 
 void ModelSide::toRoot(const Operation& operation) {
@@ -265,12 +282,13 @@ void ModelSide::toRoot(const Operation& operation) {
   if (root) {
     return;
   }
-  const Machine::Given given{.key = {},
-                             .v1 = operation.value == "version 1" ? nullptr : tops[policy ? 0 : 1],
-                             .v2 = tops[policy ? 3 : 4],
-                             .record = operation.value == "status" ? nullptr : tops[2],
-                             .netVrfName = {},
-                             .cookie = {}};
+  const Machine::Given given{
+      .key = {},
+      .v1 = operation.value == "version 1" ? nullptr : tops[policy ? 0 : 1],
+      .v2 = operation.value == "version 2" ? nullptr : tops[policy ? 3 : 4],
+      .record = operation.value == "status" || operation.value == "version 2" ? nullptr : tops[2],
+      .netVrfName = {},
+      .cookie = {}};
   MachinePtr made = policy ? MachinePtr(Machine::make<PolicyRoot>(world, given))
                            : MachinePtr(Machine::make<ServiceRoot>(world, given));
   if (!root) {

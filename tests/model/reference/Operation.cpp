@@ -3,11 +3,13 @@
 namespace Reference {
 namespace {
 
-constexpr const char* kVerbs[] = {
-    "put",     "write",    "name",        "erase",    "clear",         "notify",         "keep",
-    "forget",  "observe",  "unobserve",   "call",     "suspend",       "resume",         "mark",
-    "unmark",  "childDel", "childDelAll", "cookieIs", "initializedIs", "initCompleteIs", "hold",
-    "release", "listen",   "unlisten",    "start",    "stop"};
+constexpr const char* kVerbs[] = {"put",           "write",          "name",        "erase",
+                                  "clear",         "notify",         "keep",        "forget",
+                                  "observe",       "unobserve",      "raise",       "lose",
+                                  "call",          "suspend",        "resume",      "mark",
+                                  "unmark",        "childDel",       "childDelAll", "cookieIs",
+                                  "initializedIs", "initCompleteIs", "hold",        "release",
+                                  "listen",        "unlisten",       "start",       "stop"};
 constexpr const char* kFroms[] = {"policyV1", "serviceV1",  "status",      "policyV2", "serviceV2",
                                   "kept",     "policyRoot", "serviceRoot", "held"};
 

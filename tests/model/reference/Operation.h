@@ -45,6 +45,8 @@ struct Operation {
     forget,
     observe,  ///< when `id` is told of (0: anything), do `nested`, `times` times
     unobserve,
+    raise,  ///< of what an observer does: it raises Refused, unless that ends the process
+    lose,   ///< the trace's sink fails for the next `times` lines
     // To machines.
     call,  ///< `value` is the form, `key` the argument
     suspend,
@@ -58,10 +60,13 @@ struct Operation {
     initCompleteIs,
     hold,
     release,
-    listen,  ///< as a notifiee of the old style; `create`: visit at once
+    listen,  ///< as a notifiee of the old style, who raises Refused `times` times; `create`: visit
+             ///< at once
     unlisten,
     // To the two roots.
-    start,  ///< `value`: "", or which argument is null: "version 1", "status"
+    start,  ///< `value`: "", or which argument is null: "version 1", "status", or "version 2",
+            ///< which
+            ///< is status, too: nothing is ever added then
     stop,
   };
 
@@ -77,6 +82,9 @@ struct Operation {
 };
 
 inline constexpr std::size_t kSlots = 3;
+
+/// What observers raise.
+struct Refused {};
 
 /// An operation in one line; what is nested follows, indented.
 Text textOf(const Operation& operation);

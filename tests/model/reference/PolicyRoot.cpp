@@ -39,10 +39,12 @@ void PolicyRoot::handlePolicySet() {
     return;
   }
   enter(form);
-  for (Collection<NodePtr>::Walk walk(v2->entries(kPolicySet)); walk.next();) {
-    if (!v1 || !v1->entry(kPolicySet, walk.key)) {
-      act(form, {" remove device ", walk.key});
-      v2->entryDel(kPolicySet, walk.key);
+  if (v2) {
+    for (Collection<NodePtr>::Walk walk(v2->entries(kPolicySet)); walk.next();) {
+      if (!v1 || !v1->entry(kPolicySet, walk.key)) {
+        act(form, {" remove device ", walk.key});
+        v2->entryDel(kPolicySet, walk.key);
+      }
     }
   }
   if (v1) {
@@ -70,7 +72,9 @@ void PolicyRoot::handlePolicySet(const Text& deviceName) {
     branch(form, setV1 ? "no record" : "no entry");
     act(form, {" remove device ", deviceName});
     childDel(deviceName);
-    v2->entryDel(kPolicySet, deviceName);
+    if (v2) {
+      v2->entryDel(kPolicySet, deviceName);
+    }
   }
   leave(form);
 }
@@ -101,7 +105,9 @@ void PolicyRoot::cleanup() {
   enter("cleanup()");
   initialized = false;
   childDelAll();
-  v2->entryDelAll(kPolicySet);
+  if (v2) {
+    v2->entryDelAll(kPolicySet);
+  }
 }
 
 }  // namespace Reference

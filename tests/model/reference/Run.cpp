@@ -63,10 +63,12 @@ Outcome run(const std::vector<Operation>& operations, bool journal, std::size_t 
   LibrarySide library(journal);
   const auto step = [&](const auto& each, bool compareAll) {
     model.world.log.clear();
+    model.world.refusals.clear();
     library.log.clear();
     library.time = static_cast<double>(++outcome.operations);
     model.world.time = std::to_string(outcome.operations) + ".000000";
     each(model);
+    library.refusals = model.world.refusals;
     each(library);
     if (model.world.log != library.log) {
       outcome.difference = logDifference(model.world.log, library.log);

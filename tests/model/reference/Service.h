@@ -8,6 +8,7 @@ class ServiceRoot final : public Machine {
  public:
   ServiceRoot(World& world, Given given);
   const Forms& forms() const override;
+  bool dispatchIsSealed() const override { return true; }
   void cleanup() override;
   void handleInitialized() override;
   void handleDevice(const Text& deviceName);
@@ -22,6 +23,7 @@ class ServiceDevice final : public Machine {
  public:
   ServiceDevice(World& world, Given given);
   const Forms& forms() const override;
+  bool dispatchIsSealed() const override { return true; }
   void cleanup() override;
   void handleInitialized() override;
   void handleVrf(const Text& vrfName);
@@ -36,6 +38,7 @@ class ServiceVrf final : public Machine {
  public:
   ServiceVrf(World& world, Given given);
   const Forms& forms() const override;
+  bool dispatchIsSealed() const override { return true; }
   bool endsSwitchedOff() const override { return false; }
   void cleanup() override;
   void handleInitialized() override;
@@ -54,6 +57,7 @@ class ServiceIntf final : public Machine {
  public:
   ServiceIntf(World& world, Given given);
   const Forms& forms() const override;
+  bool dispatchIsSealed() const override { return true; }
   void cleanup() override;
   void handleInitialized() override;
   void handleSubnet(const Text& subnet);

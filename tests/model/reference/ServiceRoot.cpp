@@ -50,7 +50,9 @@ void ServiceRoot::handleDevice(const Text& deviceName) {
     branch(form, deviceV1 ? "no record" : "no entry");
     act(form, {" remove device ", deviceName});
     childDel(deviceName);
-    v2->entryDel(kDevice, deviceName);
+    if (v2) {
+      v2->entryDel(kDevice, deviceName);
+    }
   }
   leave(form);
 }
@@ -62,10 +64,12 @@ void ServiceRoot::handleDevice() {
     return;
   }
   enter(form);
-  for (Collection<NodePtr>::Walk walk(v2->entries(kDevice)); walk.next();) {
-    if (!v1 || !v1->entry(kDevice, walk.key)) {
-      act(form, {" remove device ", walk.key});
-      v2->entryDel(kDevice, walk.key);
+  if (v2) {
+    for (Collection<NodePtr>::Walk walk(v2->entries(kDevice)); walk.next();) {
+      if (!v1 || !v1->entry(kDevice, walk.key)) {
+        act(form, {" remove device ", walk.key});
+        v2->entryDel(kDevice, walk.key);
+      }
     }
   }
   if (v1) {
@@ -102,7 +106,9 @@ void ServiceRoot::cleanup() {
   enter("cleanup()");
   initialized = false;
   childDelAll();
-  v2->entryDelAll(kDevice);
+  if (v2) {
+    v2->entryDelAll(kDevice);
+  }
   leave("cleanup()");
 }
 

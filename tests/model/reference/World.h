@@ -1,10 +1,11 @@
 #pragma once
 
+#include <deque>
 #include <map>
 #include <string_view>
 #include <tuple>
 
-#include "model/reference/Collection.h"
+#include "model/reference/Operation.h"
 
 namespace Reference {
 
@@ -19,8 +20,18 @@ struct World {
   Text log;              ///< trace lines and, with the journal, notifications, in order
   Hits hits;
   std::map<std::string_view, long> live;  ///< machines and cookies by type
+  int losing = 0;                         ///< how many of the next trace lines the sink loses
+  long lost = 0;                          ///< how many it has lost
+  int sealed = 0;                         ///< within how much that no exception may leave
+  std::deque<bool> refusals;  ///< whether each who was to raise Refused has done so, in order
 
   void line(std::string_view text) { log.append(text).append("\n"); }
+  void refuse() {
+    refusals.push_back(sealed == 0);
+    if (sealed == 0) {
+      throw Refused();
+    }
+  }
 };
 
 }  // namespace Reference
