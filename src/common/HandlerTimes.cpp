@@ -42,7 +42,7 @@ std::uint64_t now() noexcept {
 /// "void VelaPolicyMonitor::PolicyTranslateRootSm::" without what is not the name of the class.
 std::string_view classOf(std::string_view scope) {
   scope.remove_prefix(scope.rfind(' ') + 1);
-  scope.remove_suffix(scope.ends_with("::") ? 2 : 0);
+  scope.remove_suffix(std::string_view("::").size());
   return scope;
 }
 

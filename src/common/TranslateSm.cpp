@@ -1,15 +1,15 @@
 #include "common/TranslateSm.h"
 
 #include <algorithm>
-#include <deque>
 #include <exception>
+#include <list>
 #include <unordered_map>
 #include <utility>
 
 namespace VelaPolicyMonitor {
 namespace {
 
-using Calls = std::deque<std::function<void()>>;
+using Calls = std::list<std::function<void()>>;  // never empty
 
 /// Postponed calls are rare, so they lie beside the machines and not in each of them.
 std::unordered_map<const TranslateSm*, Calls>& postponedCalls() {
@@ -22,7 +22,7 @@ constinit TranslateSm::Postponed counted;
 /// The next call postponed for `sm`; empty when there is none.
 std::function<void()> nextPostponed(const TranslateSm* sm) {
   const auto at = postponedCalls().find(sm);
-  if (at == postponedCalls().end() || at->second.empty()) {
+  if (at == postponedCalls().end()) {
     return {};
   }
   std::function<void()> call = std::move(at->second.front());
@@ -49,9 +49,11 @@ void TranslateSm::postpone(std::function<void()> call) {
   if (retired_) {
     return;
   }
-  attention_ = true;  // first: a call that finds no memory may leave an empty list behind
+  Calls last;
+  last.push_back(std::move(call));  // first: a call that finds no memory leaves no empty list
   Calls& calls = postponedCalls()[this];
-  calls.push_back(std::move(call));
+  calls.splice(calls.end(), last);
+  attention_ = true;
   ++counted.calls;
   counted.atOnce = std::max(counted.atOnce, calls.size());
 }

@@ -8,6 +8,7 @@
 #include "Pario/Listening.h"
 #include "common/HandlerTimes.h"
 #include "common/Handling.h"
+#include "framework/Kel/FailingMemory.h"
 
 namespace VelaPolicyMonitor {
 namespace {
@@ -59,6 +60,26 @@ TEST(HandlerTimes, ARunInsideAnotherIsNoPartOfItsTime) {
   EXPECT_EQ(all[0].form, "inner()");
   EXPECT_GE(all[0].seconds, 0.04);
   EXPECT_LT(all[1].seconds, 0.02);
+}
+
+TEST(HandlerTimes, ARunThatFindsNoMemoryIsNotMeasuredAndTheNextIs) {
+  const Measured measured;
+  for (std::size_t nth = 1;; ++nth) {
+    // Each on a thread of its own, which has no room for a run yet.
+    std::thread([nth] {
+      const FailingMemory memory(nth);
+      if (HandlerTimes::begin(kScope, "poor()")) {
+        HandlerTimes::end();
+      }
+    }).join();
+    const auto all = HandlerTimes::all();
+    if (!all.empty()) {
+      EXPECT_EQ(all[0].form, "poor()");
+      EXPECT_EQ(all[0].calls, 1U);
+      EXPECT_EQ(nth, 3U) << "one allocation for the run, one for its sum";
+      break;
+    }
+  }
 }
 
 TEST(HandlerTimes, AHandlerIsMeasuredWhenItBeganWhileThatWasOn) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -176,6 +177,29 @@ TEST(NameEncoder, EveryShortComponentComesBackBesideAnother) {
       EXPECT_EQ(NameEncoder::decode(NameEncoder::encode(alone)), alone) << text;
     }
   });
+}
+
+TEST(NameEncoder, NoTwoSetsButTheEmptyOnesHaveTheSameText) {
+  std::vector<std::string> texts;
+  forEveryShortText([&](const std::string& text) { texts.push_back(text); });
+  std::set<std::string> encoded;
+  const auto expectNew = [&encoded](const NameSet& names) {
+    const Kel::String text = NameEncoder::encode(names);
+    EXPECT_TRUE(encoded.insert(std::string(text.view())).second) << text.view();
+  };
+  for (const std::string& text : texts) {
+    expectNew(setOf({{0, text.c_str()}}));
+  }
+  // All pairs of components of up to three bytes, and all triples of up to one.
+  for (const std::string& first : texts) {
+    for (std::size_t i = 0; first.size() <= 3 && texts[i].size() <= 3; ++i) {
+      expectNew(setOf({{0, first.c_str()}, {1, texts[i].c_str()}}));
+      for (std::size_t j = 0; first.size() + texts[i].size() <= 1 && texts[j].size() <= 1; ++j) {
+        expectNew(setOf({{0, first.c_str()}, {1, texts[i].c_str()}, {2, texts[j].c_str()}}));
+      }
+    }
+  }
+  EXPECT_EQ(encoded.size(), 5461U + 85 * 85 + 9 * 5);
 }
 
 TEST(NameEncoder, EncodingAgainWhatEveryShortTextDecodesToIsStable) {

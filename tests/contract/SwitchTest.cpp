@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "contract/Contract.h"
+#include "support/TraceCapture.h"
 
 namespace Contract {
 namespace {
@@ -104,6 +107,19 @@ TYPED_TEST(MarkForDeletion, MakesItIgnoreEveryNotification) {
   EXPECT_EQ(this->registered(), this->each('1'));
   this->add(0);
   EXPECT_FALSE(this->mirrored(0));
+}
+
+TYPED_TEST(MarkForDeletion, MakesItIgnoreEveryIdThereCanBe) {
+  const auto sm = this->make();
+  sm->kelDoZombieReactors(true);
+  const TestSupport::TraceCapture trace;
+  for (const Brix::Publisher& input : TestFixture::M::inputs(this->world)) {
+    for (int id = std::numeric_limits<Kel::AttrId>::min();
+         id <= std::numeric_limits<Kel::AttrId>::max(); ++id) {
+      input.publish(static_cast<Kel::AttrId>(id));
+    }
+  }
+  EXPECT_EQ(trace.lines().size(), 0U);
 }
 
 TYPED_TEST(MarkForDeletion, CanBeTakenBackAndReplaysNothing) {

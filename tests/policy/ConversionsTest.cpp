@@ -37,25 +37,32 @@ TEST(Conversions, ModifiersMapToTheModifiersOfTheSameName) {
 }
 
 TEST(ConversionsDeathTest, AnActionOutsideTheEnumerationStopsTheProcess) {
-  for (const std::uint8_t ordinal : {std::uint8_t{3}, std::uint8_t{255}}) {
+  for (unsigned ordinal = 3; ordinal != 256; ++ordinal) {
     EXPECT_DEATH(
-        toVelaL3V2Action(VelaL3::VelaAction{ordinal}),
+        toVelaL3V2Action(static_cast<VelaL3::VelaAction>(ordinal)),
         "VelaL3V2::VelaAction VelaPolicyMonitor::toVelaL3V2Action\\(VelaL3::VelaAction\\): "
-        "assertion \"false\" failed: Should not be here");
+        "assertion \"false\" failed: Should not be here")
+        << ordinal;
   }
 }
 
 TEST(ConversionsDeathTest, AVersionOneModifierOutsideTheEnumerationStopsTheProcess) {
-  EXPECT_DEATH(toVelaL3V2PolicyModifier(VelaL3::VelaPolicyModifier{2}),
-               "VelaL3V2::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V2PolicyModifier"
-               "\\(VelaL3::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
+  for (unsigned ordinal = 2; ordinal != 256; ++ordinal) {
+    EXPECT_DEATH(toVelaL3V2PolicyModifier(static_cast<VelaL3::VelaPolicyModifier>(ordinal)),
+                 "VelaL3V2::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V2PolicyModifier"
+                 "\\(VelaL3::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here")
+        << ordinal;
+  }
 }
 
 TEST(ConversionsDeathTest, AVersionTwoModifierOutsideTheEnumerationStopsTheProcess) {
-  EXPECT_DEATH(
-      toVelaL3V1PolicyModifier(VelaL3V2::VelaPolicyModifier{2}),
-      "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
-      "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here");
+  for (unsigned ordinal = 2; ordinal != 256; ++ordinal) {
+    EXPECT_DEATH(
+        toVelaL3V1PolicyModifier(static_cast<VelaL3V2::VelaPolicyModifier>(ordinal)),
+        "VelaL3::VelaPolicyModifier VelaPolicyMonitor::toVelaL3V1PolicyModifier"
+        "\\(VelaL3V2::VelaPolicyModifier\\): assertion \"false\" failed: Should not be here")
+        << ordinal;
+  }
 }
 
 TEST(Conversions, AnAddressRangeIsCopiedUncheckedBothWays) {

@@ -247,6 +247,16 @@ TEST_F(PolicyTranslatePerDevice, WithoutVersionTwoRemovesAndCleansUpWithoutHarm)
   EXPECT_TRUE(sm->perVrfSm().empty());
 }
 
+TEST_F(PolicyTranslatePerDevice, WithoutVersionTwoRemovesAlsoAChildThatItWasGiven) {
+  policyV1();
+  sm = VelaPolicyMonitor::policyTranslatePerDeviceSmFactory("fw1", setV1(), nullptr, record);
+  const auto v2 = sourceV2->policySetIs("fw1")->policyIs("net-red");
+  ASSERT_TRUE(sm->perVrfSmIs(VrfName("red"), "net-red", policyV1(), v2));
+  setV1()->policyDel(VrfName("red"));
+  EXPECT_TRUE(sm->perVrfSm().empty());
+  EXPECT_TRUE(setV2()->policy("net-red")) << "there is nowhere to delete it";
+}
+
 TEST_F(PolicyTranslatePerDeviceDeathTest, ADeviceWithoutARecordCannotBe) {
   sourceV2->policySetIs(Vela::DeviceName("fw1"));
   EXPECT_DEATH(

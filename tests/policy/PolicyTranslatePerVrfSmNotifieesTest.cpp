@@ -183,6 +183,16 @@ TEST_F(PolicyTranslatePerVrfNotifiees, CanBeVisitedAndIterated) {
   EXPECT_FALSE(KelBrix::iteratorLegacyNotifiee(*sm));
 }
 
+TEST_F(PolicyTranslatePerVrfNotifiees, AreToldOfAllThatIsThereWhenTheyAskForIt) {
+  v1->ruleIs(p1(20000));
+  v1->ruleIs(p1(15000));
+  noted();
+  Recorder asking{journal};
+  KelBrix::addLegacyNotifiee(*sm, asking, true);
+  EXPECT_EQ(noted(), (Lines{"134 value", "134 value", "135 value", "139 value", "140 value"}));
+  KelBrix::removeLegacyNotifiee(*sm, asking);
+}
+
 TEST_F(PolicyTranslatePerVrfNotifiees, OfTheOtherMachinesThereAreNone) {
   v1->ruleIs(p1(20000));
   EXPECT_FALSE(sm->perRuleSm(p1(20000))->notifieeList());

@@ -1,16 +1,20 @@
 #!/usr/bin/env python3
-"""Says which lines and branches of the library its own tests do not reach.
+"""Says which lines and branches of the library its own tests do not reach; fails if there are any.
 
 usage: coverage.py BUILD [--all]
 
 BUILD was configured for coverage, and its tests have run with their profiles in BUILD/profiles.
-Prints a table by folder, then each line and each side of a branch that no test has taken (the first
-40 of them without --all).
+Prints a table by folder, the places that are marked as unreachable, and each line and each side of
+a branch that no test has taken (the first 40 of them without --all).
 
 The counters are the compiler's own for source code (clang's), not those of the machine code: the
-edges that the compiler makes for exceptions are none, and the instances of a template count as one
-piece of source. Functions that are in no program, because only the compiler itself runs them, do
-not count.
+edges that the compiler makes for exceptions are none. A line or a side of a branch is reached when
+it is in any instance of a template, and in any program. Functions that are in no program, because
+only the compiler itself runs them, do not count; nor does the way past a switch without default,
+as the compiler refuses one that leaves out an enumerator.
+
+"// Unreachable: WHY" behind a line, or above it, takes that line out, and the block that it opens.
+Where all of that is reached the mark is a failure, as are more than ten of them.
 """
 
 import glob
@@ -22,6 +26,8 @@ from collections import defaultdict
 
 FOLDERS = ["src/framework", "src/model", "src/common", "src/policy", "src/servicedevice"]
 SHOWN = 40
+MARK = "// Unreachable: "
+MOST_MARKS = 10
 
 
 def tool(name):
@@ -31,7 +37,8 @@ def tool(name):
 
 
 def objects(build):
-    return sorted(glob.glob(f"{build}/bin/test_*")) + sorted(glob.glob(f"{build}/lib/*.so"))
+    programs = sorted(glob.glob(f"{build}/bin/test_*")) + [f"{build}/bin/reference"]
+    return programs + sorted(glob.glob(f"{build}/lib/*.so"))
 
 
 def export(build, profile, *options):
@@ -91,6 +98,34 @@ def lines_of(function, files):
             yield from ((files[file], line) for line in range(begin, end + 1))
 
 
+def indentation(text):
+    return len(text) - len(text.lstrip())
+
+
+def marked_in(file):
+    """The marked places of a file, each as its first line, the reason and the lines it takes out."""
+    with open(file, encoding="utf-8") as source_file:
+        texts = source_file.read().splitlines()
+    for at, text in enumerate(texts):
+        code, mark, reason = text.partition(MARK)
+        if not mark:
+            continue
+        first = at if code.strip() else at + 1
+        code = code if code.strip() else texts[first]
+        last = first
+        if code.rstrip().endswith("{"):
+            last += 1
+            while indentation(texts[last]) > indentation(texts[first]) or not texts[last].strip():
+                last += 1
+        yield first + 1, reason, range(first + 1, last + 2)
+
+
+def without_default(file, line, column):
+    """Whether a branch is the way past a switch without default."""
+    with open(file, encoding="utf-8") as source_file:
+        return source_file.read().splitlines()[line - 1][: column - 1].endswith("switch (")
+
+
 def folder_of(file):
     return next(folder for folder in FOLDERS if file.startswith(folder + "/"))
 
@@ -121,6 +156,20 @@ def main():
         if count > 0 or place in run or place not in compiled_only
     }
 
+    branches = {place: sides for place, sides in branches.items() if not without_default(*place)}
+
+    marks, failures = [], []
+    for file in sorted({file for file, _ in lines}):
+        for first, reason, covered in marked_in(file):
+            marks.append(f"{file}:{first}: {reason}")
+            ran = [lines.pop((file, line), 1) > 0 for line in covered]
+            inside = [place for place in branches if place[0] == file and place[1] in covered]
+            taken = [side > 0 for place in inside for side in branches.pop(place)]
+            if all(ran) and all(taken):
+                failures.append(f"{file}:{first}: is marked as unreachable, and is reached")
+    if len(marks) > MOST_MARKS:
+        failures.append(f"{len(marks)} places are marked as unreachable; {MOST_MARKS} may be")
+
     total = defaultdict(lambda: [0, 0, 0, 0])
     missed = []
     for (file, line), count in lines.items():
@@ -141,12 +190,21 @@ def main():
     for name in [*FOLDERS, "all"]:
         l, lr, b, br = total[name]
         print(f"{name:<20} {l:>7} {100 * lr / max(l, 1):>7.2f}%   {b:>8} {100 * br / max(b, 1):>7.2f}%")
+    print(f"\n{len(marks)} places are marked as unreachable:")
+    for mark in marks:
+        print(mark)
+    missed.sort()
     shown = missed if "--all" in sys.argv else missed[:SHOWN]
-    for file, line, column, what in sorted(shown):
+    if missed:
+        print("\nNot reached:")
+    for file, line, column, what in shown:
         place = f"{file}:{line}:{column}" if column else f"{file}:{line}"
         print(f"{place}: {what}")
     if len(shown) < len(missed):
         print(f"and {len(missed) - len(shown)} more; --all shows them")
+    for failure in failures:
+        print(f"coverage: {failure}")
+    return 1 if missed or failures else 0
 
 
-main()
+sys.exit(main())

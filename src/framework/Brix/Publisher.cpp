@@ -1,7 +1,6 @@
 #include "Brix/Publisher.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -18,18 +17,16 @@ struct SubscriberList::Block {
   Subscriber** slots() noexcept { return reinterpret_cast<Subscriber**>(this + 1); }
   Subscriber** end() noexcept { return slots() + used; }
 
+  // Deliberate: registration cannot fail; without memory for it the process ends.
   static Block* make(std::uint32_t capacity) noexcept {
-    void* memory = std::malloc(sizeof(Block) + capacity * sizeof(Subscriber*));
-    if (memory == nullptr) {
-      std::terminate();
-    }
+    void* const memory = ::operator new(sizeof(Block) + capacity * sizeof(Subscriber*));
     return new (memory) Block{capacity, 0, 0, 0};
   }
 };
 
 SubscriberList::~SubscriberList() {
   if (isList()) {
-    std::free(&block());
+    ::operator delete(&block());
   }
 }
 
@@ -100,7 +97,7 @@ void SubscriberList::grow() noexcept {
   larger->rounds = old.rounds;
   std::copy(old.slots(), old.end(), larger->slots());
   word_ = reinterpret_cast<std::uintptr_t>(larger) | 1U;
-  std::free(&old);
+  ::operator delete(&old);
 }
 
 void SubscriberList::closeRanks() noexcept {
@@ -110,7 +107,7 @@ void SubscriberList::closeRanks() noexcept {
   list.holes = 0;
   if (list.used <= 1) {
     word_ = list.used == 0 ? 0 : reinterpret_cast<std::uintptr_t>(list.slots()[0]);
-    std::free(&list);
+    ::operator delete(&list);
   }
 }
 

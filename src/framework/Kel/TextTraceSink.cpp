@@ -29,8 +29,7 @@ class PipeSignalHeld {
     const int error = errno;
     if (!wasPending_) {
       const timespec now{};
-      while (sigtimedwait(&pipe_, nullptr, &now) == -1 && errno == EINTR) {
-      }
+      sigtimedwait(&pipe_, nullptr, &now);  // does not wait, so that nothing interrupts it
     }
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
     errno = error;
@@ -48,10 +47,11 @@ class PipeSignalHeld {
 std::size_t writeAll(int descriptor, std::string_view text) {
   std::size_t done = 0;
   while (done < text.size()) {
+    errno = 0;  // for a descriptor that takes nothing and does not say why
     const ssize_t written = ::write(descriptor, text.data() + done, text.size() - done);
     if (written > 0) {
       done += static_cast<std::size_t>(written);
-    } else if (written == 0 || errno != EINTR) {
+    } else if (errno != EINTR) {
       break;
     }
   }
@@ -62,7 +62,8 @@ class DescriptorSink final : public Sink {
  public:
   DescriptorSink(int descriptor, bool own) : descriptor_(descriptor), own_(own) {
     struct stat status {};
-    regular_ = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    fstat(descriptor, &status);  // what cannot be asked is no regular file
+    regular_ = S_ISREG(status.st_mode);
   }
   ~DescriptorSink() override {
     if (own_) {

@@ -42,6 +42,11 @@ bool checkLimits(std::size_t size, std::size_t count, std::string& why) {
 
 bool exists(int directory, const char* name) { return faccessat(directory, name, F_OK, 0) == 0; }
 
+// To a name that is free there; one that is not here is well moved.
+bool moveFile(int from, int to, const char* name) {
+  return renameat(from, name, to, name) == 0 || errno == ENOENT;
+}
+
 // A trace that an earlier process left is the evidence of why it ended: it is kept until the next
 // trace is left. Only files with a trace's own names are touched.
 bool putAside(int directory, const std::string& path, std::string& why) {
@@ -59,15 +64,15 @@ bool putAside(int directory, const std::string& path, std::string& why) {
     return false;
   }
   bool moved = unlinkat(target, "metadata", 0) == 0 || errno == ENOENT;
-  for (std::size_t i = 0; moved && i < Segments::kMost; ++i) {
+  for (std::size_t i = 0; moved; ++i) {
     const FileName name = segmentName(i);
     if (exists(directory, name.data())) {
-      moved = renameat(directory, name.data(), target, name.data()) == 0;
+      moved = moveFile(directory, target, name.data());
     } else if (unlinkat(target, name.data(), 0) != 0) {
       break;  // neither here nor there: segments are numbered without gaps
     }
   }
-  moved = moved && (renameat(directory, "metadata", target, "metadata") == 0 || errno == ENOENT);
+  moved = moved && moveFile(directory, target, "metadata");
   if (!moved) {
     why = failure("cannot move the trace of the previous process from " + path + " to " + aside);
   }
@@ -87,11 +92,12 @@ bool replaceFile(int directory, const char* name, std::span<const std::byte> byt
   }
   bool whole = true;
   while (whole && !bytes.empty()) {
+    errno = 0;  // for a file that takes nothing and does not say why
     const ssize_t written = write(file, bytes.data(), bytes.size());
     if (written > 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(written));
     } else {
-      whole = written < 0 && errno == EINTR;
+      whole = errno == EINTR;
     }
   }
   whole = close(file) == 0 && whole;

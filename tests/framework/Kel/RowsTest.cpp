@@ -49,6 +49,11 @@ TEST(Rows, NameEveryKind) {
                                              "object", "input", "children"}));
 }
 
+TEST(TypeDescriptors, LeadToWhatObserversOfAnObjectSubscribeTo) {
+  const auto whole = Model::Whole::WholeIs();
+  EXPECT_EQ(describe<Model::Whole>().publisher(*whole), whole->publisher());
+}
+
 TEST(TypeDescriptors, AreReachedThroughModuleAndIndexOfAnObject) {
   const auto whole = Model::Whole::WholeIs();
   const FwkType type = whole->fwkType();

@@ -126,6 +126,24 @@ TEST(Set, FillsStandardContainersFromItsIterators) {
   EXPECT_EQ(*at, 1U);
 }
 
+TEST(Set, AWalkMayBeAssignedItselfAndAnother) {
+  Set<std::uint16_t> ports;
+  for (const unsigned port : {80U, 443U, 8080U}) {
+    ports.insert(static_cast<std::uint16_t>(port));
+  }
+  auto at = ports.begin();
+  ++at;
+  const auto& same = at;
+  at = same;
+  EXPECT_EQ(*at, 443);
+  auto other = ports.begin();
+  other = at;
+  EXPECT_EQ(*other, 443);
+  at = ports.end();
+  EXPECT_TRUE(at == ports.end());
+  EXPECT_EQ(*++other, 8080) << "the other one goes on";
+}
+
 TEST(Set, InsertsAndErasesByAReferenceToTheCurrentKey) {
   Set<std::uint32_t> set;
   for (std::uint32_t key = 0; key != 100; ++key) {

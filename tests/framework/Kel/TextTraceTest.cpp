@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -13,6 +14,7 @@
 #include <stdexcept>
 
 #include "Kel/TextTrace.h"
+#include "support/Interruptions.h"
 #include "support/OnThreads.h"
 
 namespace {
@@ -150,6 +152,8 @@ TEST(TextTraceSettings, AFaultAnywhereSetsNothing) {
   EXPECT_FALSE(Kel::TextTrace::levelsAre("/6", why));
   EXPECT_FALSE(Kel::TextTrace::levelsAre("A/6/7", why));
   EXPECT_FALSE(Kel::TextTrace::levelsAre("A/6,,B/7", why));
+  EXPECT_FALSE(Kel::TextTrace::levelsAre("A,B/6/7", why));
+  EXPECT_EQ(why, "\"A,B/6/7\" has two slashes in one item; expected FACILITY/LEVELS");
 }
 
 int changes = 0;
@@ -254,6 +258,51 @@ TEST(TextTraceSink, AClosedPipeLosesLinesAndItsSignalDoesNotArrive) {
   sigset_t pending;
   sigpending(&pending);
   EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+  close(ends[1]);
+}
+
+TEST(TextTraceSink, ASignalOfAPipeThatWasWaitingAlreadyGoesOnWaiting) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  std::string why;
+  const WithSink sink(Kel::TextTrace::fileSink("/dev/fd/" + std::to_string(ends[1]), why));
+  sigset_t signals;
+  sigset_t before;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &signals, &before);
+  raise(SIGPIPE);
+  Kel::TextTrace::write(kLine);
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 1);
+  const timespec now{};
+  EXPECT_EQ(sigtimedwait(&signals, nullptr, &now), SIGPIPE);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST(TextTraceSink, AWriteThatASignalInterruptsGoesOn) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_NONBLOCK), 0);
+  std::string why;
+  const WithSink sink(Kel::TextTrace::fileSink("/dev/fd/" + std::to_string(ends[1]), why));
+  std::string filling(4096, 'x');
+  while (write(ends[1], filling.data(), filling.size()) > 0) {
+  }
+  const std::uint64_t before = Kel::TextTrace::linesLost();
+  std::string arrived;
+  TestSupport::withInterruptions(
+      [] { Kel::TextTrace::write(kLine); },
+      [&] {
+        while (!arrived.ends_with(kLineText)) {
+          const ssize_t got = read(ends[0], filling.data(), filling.size());
+          arrived.append(filling, 0, static_cast<std::size_t>(got < 0 ? 0 : got));
+        }
+      });
+  EXPECT_EQ(Kel::TextTrace::linesLost(), before);
+  close(ends[0]);
   close(ends[1]);
 }
 

@@ -90,6 +90,14 @@ TEST(ValueMap, TakesReferencesIntoItselfForKeysAndValues) {
   }
 }
 
+TEST(ValueMap, OwnsRoomForItsEntries) {
+  Names names;
+  names.put("red", "net-red");
+  names.put("blue", "net-blue");
+  EXPECT_GE(names.heapBytes(), 2 * 2 * sizeof(Brix::String));
+  EXPECT_LE(names.heapBytes(), 100U);
+}
+
 TEST(ValueMap, AWalkStandsOnCopies) {
   Names names;
   names.put("red", "net-red");

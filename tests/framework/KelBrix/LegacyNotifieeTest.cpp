@@ -197,6 +197,24 @@ TEST_F(LegacyNotifieeGlue, AnIteratorPassesOverThoseThatWereRemoved) {
   EXPECT_EQ(walk->next(), nullptr);
 }
 
+/// A subscriber of the new kind.
+class Modern : public Brix::Subscriber {
+ public:
+  Modern() {
+    dispatchIs([](const Brix::Publisher&, Subscriber&, AttrId, const void*, const void*) {});
+  }
+};
+
+TEST_F(LegacyNotifieeGlue, AnIteratorPassesOverSubscribersOfAnotherKind) {
+  Modern modern;
+  object->notifieeList().subscriberAdd(modern);
+  addLegacyNotifiee(*object, a, false);
+  const auto walk = iteratorLegacyNotifiee(*object);
+  EXPECT_EQ(walk->next(), &a);
+  EXPECT_EQ(walk->next(), nullptr);
+  object->notifieeList().subscriberRemove(modern);
+}
+
 TEST_F(LegacyNotifieeGlue, AnIteratorKeepsTheObjectAndANotifieeDoesNot) {
   addLegacyNotifiee(*object, a, false);
   EXPECT_EQ(object->refCount(), 1U);

@@ -52,4 +52,12 @@ TEST(DefaultHandle, EveryChangeIsReportedAfterItWasMade) {
   Lumo::defaultHandleObserverIs(before);
 }
 
+TEST(DefaultHandle, ChangesAlsoWhenNobodyIsToldOfIt) {
+  const auto ring = memoryRing();
+  const auto before = Lumo::defaultHandleObserverIs(nullptr);
+  EXPECT_EQ(Lumo::defaultHandleIs(ring.get()), nullptr);
+  EXPECT_EQ(Lumo::defaultHandleIs(nullptr), ring.get());
+  Lumo::defaultHandleObserverIs(before);
+}
+
 }  // namespace

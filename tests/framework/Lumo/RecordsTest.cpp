@@ -99,4 +99,31 @@ TEST(Records, TextWithoutItsNulEndsItsSegment) {
   EXPECT_EQ(texts, std::vector<std::string>{"web"});
 }
 
+TEST(Records, ARecordCutOffAnywhereIsNone) {
+  const auto ring = memoryRing(4096, 2);
+  put(*ring, siteWith(kNumber), 1U);
+  const std::string record(reinterpret_cast<const char*>(ring->memory().data()) + kFirst, 32);
+  int records = 0;
+  const auto count = [&records](const Lumo::Record&) { ++records; };
+  for (std::size_t size = 0; size != 32; ++size) {
+    EXPECT_EQ(Lumo::readRecords(record.substr(0, size), Lumo::siteOf, count), 0U) << size;
+  }
+  EXPECT_EQ(records, 0);
+  EXPECT_EQ(Lumo::readRecords(record + record.substr(0, 31), Lumo::siteOf, count), 32U);
+  EXPECT_EQ(records, 1);
+}
+
+TEST(Records, AFaultInOneSegmentIsReportedThoughTheOthersAreWhole) {
+  const auto ring = memoryRing(4096, 3);
+  for (std::uint32_t i = 0; i != 3 * 125; ++i) {
+    put(*ring, siteWith(kNumber), i);
+  }
+  std::string bytes(reinterpret_cast<const char*>(ring->memory().data()), ring->memory().size());
+  bytes[kFirst + 3] = bytes[4096 + kFirst + 3] = '\xff';  // the site of the first record
+  int records = 0;
+  EXPECT_FALSE(Lumo::forEachRecord(std::as_bytes(std::span(bytes)), 4096, Lumo::siteOf,
+                                   [&records](const Lumo::Record&) { ++records; }));
+  EXPECT_EQ(records, 125);
+}
+
 }  // namespace

@@ -1,20 +1,28 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <fstream>
 
 #include "Lumo/Segments.h"
 #include "TraceTools.h"
+#include "support/FailingCall.h"
+#include "support/Interruptions.h"
 
 namespace {
 
 using LumoTest::Folder;
+using TestSupport::FailingCall;
+using TestSupport::withFailing;
 
 TEST(Segments, LimitsAreStated) {
   std::string why;
@@ -99,6 +107,46 @@ TEST(Segments, OneCopyOfTheMetadataLiesInMemoryForACoreFile) {
   EXPECT_THAT(metadataInMemory(), testing::ElementsAre(testing::StartsWith("/* CTF 1.8 */")));
 }
 
+TEST(Segments, WhatTheProcessBeforeLeftIsKeptAlsoWithoutItsMetadata) {
+  const Folder folder("headless");
+  std::filesystem::create_directory(folder.path());
+  std::ofstream(folder.path() + "/segment-0000") << "older";
+  LumoTest::openRing(folder.path());
+  EXPECT_EQ(std::filesystem::file_size(folder.previous() + "/segment-0000"), 5U);
+}
+
+/// Why a ring is not opened where an earlier process has left a trace, which stays where it is.
+std::string whyNotPutAside(const Folder& folder) {
+  std::filesystem::create_directory(folder.path());
+  std::ofstream(folder.path() + "/metadata") << "text";
+  std::ofstream(folder.path() + "/segment-0000") << "older";
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 2, why), nullptr);
+  EXPECT_EQ(folder.content("metadata"), "text");
+  EXPECT_EQ(folder.content("segment-0000"), "older");
+  return why;
+}
+
+TEST(Segments, ATraceThatCannotBePutAsideIsNotOverwritten) {
+  const Folder file("beside");
+  std::ofstream(file.previous()) << "x";
+  EXPECT_EQ(whyNotPutAside(file), "cannot open " + file.previous() +
+                                      " for the trace of the previous process: Not a directory");
+
+  const Folder longest(std::string(242, 'x'));
+  EXPECT_EQ(whyNotPutAside(longest),
+            "cannot create " + longest.previous() +
+                " for the trace of the previous process: File name too long");
+
+  for (const char* name : {"/metadata", "/segment-0000"}) {
+    const Folder occupied("occupied");
+    std::filesystem::create_directories(occupied.previous() + name);
+    EXPECT_EQ(whyNotPutAside(occupied), "cannot move the trace of the previous process from " +
+                                            occupied.path() + " to " + occupied.previous() +
+                                            ": Is a directory");
+  }
+}
+
 TEST(Segments, FilesThatAreNotOfATraceAreLeftAlone) {
   const Folder folder("foreign");
   std::filesystem::create_directory(folder.path());
@@ -132,6 +180,30 @@ TEST(Segments, ADirectoryThatCannotBeMadeSaysWhichAndWhy) {
   EXPECT_EQ(why, "cannot open trace directory " + folder.path() + ": Not a directory");
 }
 
+TEST(Segments, AFileThatCannotBeMadeSaysWhichAndWhy) {
+  const Folder folder("taken");
+  std::filesystem::create_directories(folder.path() + "/segment-0001");
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 4, why), nullptr);
+  EXPECT_EQ(why, "cannot create trace file segment-0001: Is a directory");
+}
+
+TEST(Segments, WhatTheSystemRefusesSaysWhatAndWhy) {
+  const Folder folder("refused");
+  const auto whyNot = [&folder](const FailingCall& call) {
+    std::string why;
+    withFailing(call,
+                [&] { EXPECT_EQ(Lumo::Segments::onDisk(folder.path(), 12288, 2, why), nullptr); });
+    return why;
+  };
+  EXPECT_EQ(whyNot({SYS_flock, ENOLCK}),
+            "cannot lock trace directory " + folder.path() + ": No locks available");
+  EXPECT_EQ(whyNot({SYS_mmap, ENOMEM, 3, MAP_SHARED | MAP_FIXED | MAP_POPULATE}),
+            "cannot map trace file segment-0000 into memory: Cannot allocate memory");
+  EXPECT_EQ(whyNot({SYS_mmap, ENOMEM, 1, 2 * 12288}),
+            "no memory for 2 trace segments of 12288 bytes: Cannot allocate memory");
+}
+
 TEST(Segments, AFullDiskIsAnErrorWhenTheRingIsOpenedNotLater) {
   const Folder folder("full");
   const pid_t child = fork();
@@ -148,6 +220,75 @@ TEST(Segments, AFullDiskIsAnErrorWhenTheRingIsOpenedNotLater) {
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
+}
+
+/// A folder with a file `name` that is to be replaced.
+class Replacing {
+ public:
+  Replacing() {
+    std::filesystem::create_directory(folder.path());
+    std::ofstream(folder.path() + "/name") << "old";
+    directory_ = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY);
+  }
+  Replacing(const Replacing&) = delete;
+  Replacing& operator=(const Replacing&) = delete;
+  ~Replacing() { close(directory_); }
+
+  bool replace(const std::string& text) const {
+    return Lumo::replaceFile(directory_, "name", std::as_bytes(std::span(text)));
+  }
+  /// Where the new file is written before it takes the place of the old one.
+  std::string aside() const { return folder.path() + "/.name.new"; }
+
+  const Folder folder{"replacing"};
+
+ private:
+  int directory_;
+};
+
+TEST(ReplaceFile, PutsTheNewContentInThePlaceOfTheOld) {
+  const Replacing file;
+  EXPECT_TRUE(file.replace("new"));
+  EXPECT_EQ(file.folder.content("name"), "new");
+  EXPECT_FALSE(std::filesystem::exists(file.aside()));
+}
+
+TEST(ReplaceFile, LeavesTheOldContentWhereTheNewCannotBeMade) {
+  const Replacing file;
+  std::filesystem::create_directory(file.aside());
+  EXPECT_FALSE(file.replace("new"));
+  EXPECT_EQ(file.folder.content("name"), "old");
+}
+
+TEST(ReplaceFile, LeavesTheOldContentOnAFullDisk) {
+  const Replacing file;
+  std::filesystem::create_symlink("/dev/full", file.aside());
+  EXPECT_FALSE(file.replace("new"));
+  EXPECT_EQ(file.folder.content("name"), "old");
+}
+
+TEST(ReplaceFile, LeavesTheOldContentWhenTheSystemReportsLateThatItWasNotWritten) {
+  const Replacing file;
+  withFailing({SYS_close, EIO}, [&] { EXPECT_FALSE(file.replace("new")); });
+  EXPECT_EQ(file.folder.content("name"), "old");
+}
+
+TEST(ReplaceFile, GoesOnAfterASignal) {
+  const Replacing file;
+  ASSERT_EQ(mkfifo(file.aside().c_str(), 0600), 0);  // a pipe lets a write wait
+  const int end = open(file.aside().c_str(), O_RDWR);
+  const std::string text(200'000, 'x');
+  std::string arrived;
+  TestSupport::withInterruptions([&] { EXPECT_TRUE(file.replace(text)); },
+                                 [&] {
+                                   std::array<char, 4096> buffer{};
+                                   while (arrived.size() < text.size()) {
+                                     const ssize_t got = read(end, buffer.data(), buffer.size());
+                                     arrived.append(buffer.data(), static_cast<std::size_t>(got));
+                                   }
+                                 });
+  close(end);
+  EXPECT_EQ(arrived, text);
 }
 
 }  // namespace

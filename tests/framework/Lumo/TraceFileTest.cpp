@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <numeric>
 
 #include "Lumo/TraceFile.h"
 #include "TraceTools.h"
+#include "framework/Kel/FailingMemory.h"
+#include "support/FailingCall.h"
 #include "support/OnThreads.h"
 
 namespace {
@@ -182,6 +186,74 @@ TEST(TraceFile, WithoutMetadataTheRecordsOfANewSiteAreDroppedUntilThereIsRoomAga
   EXPECT_TRUE(put(*ring, late, std::uint32_t{5})) << "tried again in the next segment";
   EXPECT_EQ(ring->discarded(), 2U);
   EXPECT_EQ(readWithBabeltrace(folder.path()).status, 0);
+}
+
+TEST(TraceFile, WithoutMemoryTheRecordsOfANewSiteAreDroppedUntilThereIsSomeAgain) {
+  const auto ring = memoryRing();
+  ASSERT_TRUE(put(*ring, numberSite(), std::uint32_t{1}));
+  const Lumo::Site& late = siteWith(kNumber, "poor(int)");
+  {
+    const FailingMemory memory(1);  // that for the text of the metadata
+    EXPECT_FALSE(put(*ring, late, std::uint32_t{2}));
+    EXPECT_TRUE(FailingMemory::failed());
+  }
+  EXPECT_TRUE(put(*ring, numberSite(), std::uint32_t{3}));
+  for (std::uint32_t i = 0; i < kPerSegment; ++i) {
+    put(*ring, numberSite(), i);
+  }
+  TestSupport::withFailing({SYS_mmap, ENOMEM, 3, MAP_PRIVATE | MAP_ANONYMOUS}, [&] {
+    EXPECT_FALSE(put(*ring, late, std::uint32_t{4})) << "nor for the copy that a core file holds";
+  });
+  for (std::uint32_t i = 0; i < kPerSegment; ++i) {
+    put(*ring, numberSite(), i);
+  }
+  EXPECT_TRUE(put(*ring, late, std::uint32_t{5}));
+  EXPECT_EQ(ring->discarded(), 2U);
+}
+
+TEST(TraceFile, AskedForWhatCannotBeThereIsNone) {
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::inMemory(4095, 4, why), nullptr);
+  EXPECT_NE(why.find("4 trace segments of 4095 bytes are not possible"), std::string::npos) << why;
+  const Folder folder("impossible");
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 1, why), nullptr);
+  EXPECT_NE(why.find("1 trace segments of 4096 bytes are not possible"), std::string::npos) << why;
+  EXPECT_FALSE(std::filesystem::exists(folder.path()));
+}
+
+TEST(TraceFile, ItsMetadataBeingRefusedSaysWhichAndWhy) {
+  const Folder folder("refused");
+  std::filesystem::create_directories(folder.path() + "/.metadata.new");
+  const std::string expected = "cannot write " + folder.path() + "/metadata: Is a directory";
+  std::string why;
+  EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 2, why), nullptr);
+  EXPECT_EQ(why, expected);
+  why.clear();
+  EXPECT_FALSE(memoryRing(4096, 2)->saveTo(folder.path(), why));
+  EXPECT_EQ(why, expected);
+}
+
+TEST(TraceFile, IsNotSavedWhereNoTraceCanBeMadeNorFromInsideARecord) {
+  const auto ring = memoryRing();
+  std::string why;
+  EXPECT_FALSE(ring->saveTo("/no/such/folder", why));
+  EXPECT_EQ(why, "cannot create trace directory /no/such/folder: No such file or directory");
+  const Folder folder("inside");
+  ASSERT_NE(ring->begin(numberSite().id, 4, 0, 0), nullptr);
+  EXPECT_FALSE(ring->saveTo(folder.path(), why));
+  EXPECT_EQ(why, "the trace cannot be saved from inside one of its own records");
+  ring->abandon();
+  EXPECT_TRUE(ring->saveTo(folder.path(), why)) << why;
+}
+
+TEST(TraceFile, WithoutRandomNumbersIsNamedAfterItsProcess) {
+  const Folder folder("named");
+  TestSupport::withFailing({SYS_getrandom, ENOSYS}, [&folder] { openRing(folder.path()); });
+  const auto process = static_cast<std::uint32_t>(getpid());
+  std::array<char, 64> uuid{};
+  std::snprintf(uuid.data(), uuid.size(), "\"%02x%02x%02x%02x-0000-4000-8000-000000000000\"",
+                process & 255U, process >> 8U & 255U, process >> 16U & 255U, process >> 24U);
+  EXPECT_NE(folder.content("metadata").find(uuid.data()), std::string::npos) << uuid.data();
 }
 
 TEST(TraceFile, ARingInMemoryIsSavedAsTheSameTrace) {

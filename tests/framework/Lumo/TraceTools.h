@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -45,8 +46,9 @@ class Folder {
 
  private:
   void clear() const {
-    std::filesystem::remove_all(path_);
-    std::filesystem::remove_all(previous());
+    std::error_code ignored;  // of a name that cannot be
+    std::filesystem::remove_all(path_, ignored);
+    std::filesystem::remove_all(previous(), ignored);
   }
   std::string path_;
 };

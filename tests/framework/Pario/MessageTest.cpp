@@ -28,6 +28,21 @@ TEST(Message, AValueOfATypeThatThisProcessDoesNotKnowIsPrintedAsItsBytes) {
   EXPECT_EQ(ring.take(), std::vector<std::string>{"6 void A::f(int) value 0xab12"});
 }
 
+TEST(Message, AValueThatIsNotOfTheSizeOrKindOfItsTypeHereIsPrintedAsItsBytes) {
+  // As another version of a library may have written it.
+  const auto printed = [](const Lumo::ValueType& type, std::string_view bytes) {
+    std::string out;
+    Pario::appendValue(out, {&type, bytes});
+    return out;
+  };
+  const Lumo::ValueType prefix{Lumo::Kind::bytes, 5, "ParioTest::Prefix"};
+  EXPECT_EQ(printed(prefix, std::string_view("\x0a\0\0\0\x08", 5)), "10.0.0.0/8");
+  const Lumo::ValueType longer{Lumo::Kind::bytes, 6, "ParioTest::Prefix"};
+  EXPECT_EQ(printed(longer, std::string_view("\x0a\0\0\0\x08\x01", 6)), "0x0a0000000801");
+  const Lumo::ValueType text{Lumo::Kind::bytes, sizeof(Kel::String), "Kel::String"};
+  EXPECT_EQ(printed(text, "12345678"), "0x3132333435363738");
+}
+
 TEST(Message, TheTypeOfAValueStandsInTheSiteByItsNameInTheCode) {
   TestSupport::RingCapture ring;
   Pario::write({kSource, "f(int)", {6, 3}}, ParioTest::Prefix{}, ParioTest::Colour::red,

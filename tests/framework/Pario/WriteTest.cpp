@@ -10,6 +10,7 @@
 #include "Kel/System.h"
 #include "Pario/Write.h"
 #include "TracedTypes.h"
+#include "framework/Kel/FailingMemory.h"
 #include "support/OnThreads.h"
 #include "support/RingCapture.h"
 #include "support/TraceCapture.h"
@@ -286,6 +287,36 @@ TEST(Write, ARecordThatDoesNotFitIsLostAndTheNextIsNot) {
       ring->memory(), 4096, Lumo::siteOf,
       [&](const Lumo::Record& record) { Pario::appendMessage(lines.emplace_back(), record); }));
   EXPECT_EQ(lines, Lines{std::string(kScope) + kForm + " small"});
+}
+
+TEST(Write, WithoutMemoryForALineItIsLostAndTheNextIsNot) {
+  TraceCapture text;
+  const std::string name(100, 'n');
+  for (std::size_t nth = 1;; ++nth) {
+    const auto line = static_cast<std::uint32_t>(400 + nth);  // of a site that is new
+    {
+      const FailingMemory memory(nth);
+      trace(8, line, " name ", name);
+    }
+    const bool failed = FailingMemory::failed();
+    EXPECT_EQ(text.take().size(), failed ? 0U : 1U) << nth;
+    trace(8, line, " name ", name);
+    EXPECT_EQ(text.take().size(), 1U) << nth;
+    if (!failed) {
+      EXPECT_GT(nth, 5U) << "the site in both traces, the message, what the sink keeps";
+      break;
+    }
+  }
+}
+
+TEST(Write, WithoutMemoryForTheEscapedTextARecordIsLostAndTheNextIsNot) {
+  RingCapture ring;
+  const std::string name(100, '\0');
+  for (int round = 0; round != 3; ++round) {
+    const FailingMemory memory(round == 1 ? 1 : 0);
+    trace(8, 360, " name ", name);
+  }
+  EXPECT_EQ(ring.take().size(), 2U);
 }
 
 }  // namespace

@@ -49,6 +49,19 @@ TEST(VelaL3L4App, HoldsPortAndProtocolInThisOrder) {
   EXPECT_EQ(Kel::textOf(VelaL4App{65535, 255}), "65535/255");
 }
 
+TEST(VelaL3L4App, ComparesByPortAndThenByProtocol) {
+  EXPECT_LT((VelaL4App{80, 17}), (VelaL4App{443, 6}));
+  EXPECT_LT((VelaL4App{443, 6}), (VelaL4App{443, 17}));
+  EXPECT_FALSE((VelaL4App{443, 6}) < (VelaL4App{443, 6}));
+}
+
+TEST(VelaL3L4AppRange, ComparesByFirstThenLastThenProtocol) {
+  EXPECT_LT((VelaL4AppRange{1, 9, 9}), (VelaL4AppRange{2, 3, 4}));
+  EXPECT_LT((VelaL4AppRange{2, 3, 9}), (VelaL4AppRange{2, 4, 5}));
+  EXPECT_LT((VelaL4AppRange{2, 4, 5}), (VelaL4AppRange{2, 4, 6}));
+  EXPECT_FALSE((VelaL4AppRange{2, 4, 6}) < (VelaL4AppRange{2, 4, 6}));
+}
+
 TEST(VelaL3L4AppRange, HoldsFirstLastAndProtocolInThisOrder) {
   const VelaL4AppRange range{8000, 8080, 6};
   EXPECT_EQ(range.first, 8000);
