@@ -159,6 +159,7 @@ void removeChildren(Kel::PtrInterface& machine) {
       with<PolicyTranslatePerDeviceSm>(machine, [&](auto& sm) { sm.perVrfSmDelAll(); }) ||
       with<PolicyTranslatePerVrfSm>(machine, [&](auto& sm) { sm.perRuleSmDelAll(); }) ||
       with<PolicyTranslatePerRuleSm>(machine, [&](auto& sm) { sm.perOriginSmDelAll(); }) ||
+      with<PolicyTranslatePerOriginSm>(machine, [&](auto& sm) { sm.matchSmDel(); }) ||
       with<ServiceDeviceTranslateRootSm>(machine, [&](auto& sm) { sm.perDeviceSmDelAll(); }) ||
       with<PerServiceDeviceTranslateSm>(machine, [&](auto& sm) { sm.perVrfSmDelAll(); }) ||
       with<PerVrfServiceDeviceTranslateSm>(machine, [&](auto& sm) { sm.perL3IntfSmDelAll(); });

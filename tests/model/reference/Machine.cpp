@@ -86,14 +86,16 @@ void Machine::end() {
   if (complete_) {
     complete_ = false;
     ended_ = true;
+    marked = marked || endsMarked();
     if (endsSwitchedOff()) {
       activeIs(false);
     }
-    marked = true;
     cleanup();
+    marked = true;
     for (const auto& reactor : reactors_) {
       reactor->registeredIs(false);
     }
+    childDelAll();
   }
 }
 

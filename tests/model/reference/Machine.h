@@ -84,12 +84,14 @@ class Machine : public std::enable_shared_from_this<Machine> {
 
   /// Whether the machine switches itself and its children off when it ends.
   virtual bool endsSwitchedOff() const { return true; }
+  /// Whether it is marked before it cleans up, and not after.
+  virtual bool endsMarked() const { return false; }
   /// Whether what a notification has it do may not raise.
   virtual bool dispatchIsSealed() const { return false; }
   virtual void cleanup() = 0;
   virtual void handleInitialized() = 0;
   virtual void childDel(const Text& childKey);
-  void childDelAll();
+  virtual void childDelAll();
   /// Ends a child that makes room for another one: what it wrote goes now, although somebody may
   /// still hold it, because the other one writes to the same place. Whoever sees that may have
   /// another child made under the key meanwhile.

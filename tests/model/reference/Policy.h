@@ -79,6 +79,7 @@ class PolicyOrigin final : public Machine {
   void handleAction();
   void handleMatch();
   void childDel(const Text& which) override;
+  void childDelAll() override;
   void handleModifier(const Text& modifier);
   void handleModifier();
 };

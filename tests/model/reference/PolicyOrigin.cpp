@@ -163,6 +163,8 @@ void PolicyOrigin::childDel(const Text& /*which*/) {
   }
 }
 
+void PolicyOrigin::childDelAll() { childDel("match"); }
+
 void PolicyOrigin::cleanup() {
   enter("cleanup()", {" policy: ", key});
   initialized = false;

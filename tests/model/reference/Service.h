@@ -23,6 +23,7 @@ class ServiceDevice final : public Machine {
  public:
   ServiceDevice(World& world, Given given);
   const Forms& forms() const override;
+  bool endsMarked() const override { return true; }
   bool dispatchIsSealed() const override { return true; }
   void cleanup() override;
   void handleInitialized() override;
@@ -38,6 +39,7 @@ class ServiceVrf final : public Machine {
  public:
   ServiceVrf(World& world, Given given);
   const Forms& forms() const override;
+  bool endsMarked() const override { return true; }
   bool dispatchIsSealed() const override { return true; }
   bool endsSwitchedOff() const override { return false; }
   void cleanup() override;
@@ -57,6 +59,7 @@ class ServiceIntf final : public Machine {
  public:
   ServiceIntf(World& world, Given given);
   const Forms& forms() const override;
+  bool endsMarked() const override { return true; }
   bool dispatchIsSealed() const override { return true; }
   void cleanup() override;
   void handleInitialized() override;
