@@ -25,7 +25,9 @@ Generator::Generator(std::uint64_t seed, bool calm)
       policyOnly_(!calm && oneIn(4)),
       outOfRange_(!calm && oneIn(3)),
       raises_(!calm && oneIn(3)),
-      loses_(!calm && oneIn(8)) {
+      loses_(!calm && oneIn(8)),
+      binary_(!calm && oneIn(16)),
+      ends_(!calm && oneIn(8)) {
   // A world begins with its roots, and with something to translate.
   for (const From root : {From::policyRoot, From::serviceRoot}) {
     Operation start;

@@ -15,9 +15,11 @@ class Generator {
   /// A calm one only writes version 1 and the records, and redelivers.
   explicit Generator(std::uint64_t seed, bool calm = false);
 
-  /// Whether this seed is one that keeps a journal (see World).
-  bool journal() const { return journal_; }
+  /// What is looked at with this seed.
+  Seen seen() const { return {.journal = journal_, .binary = binary_}; }
   Operation next();
+  /// What a seed ends with: something that ends the process, more often than not; mostly nothing.
+  std::vector<Operation> ending();
 
  private:
   using Verb = Operation::Verb;
@@ -63,6 +65,7 @@ class Generator {
   void uninitialized(bool policy);
   void interplay(bool policy, std::size_t level);
   Operation homeName();
+  std::vector<Operation> deadly(const Operation& origin, const Operation& vrfEntry);
   Operation keeping();
   Operation observing(int depth);
   Operation deletion(const Operation& observer);
@@ -87,6 +90,8 @@ class Generator {
   bool outOfRange_;
   bool raises_;
   bool loses_;
+  bool binary_;
+  bool ends_;
 };
 
 }  // namespace Reference

@@ -246,4 +246,76 @@ void Generator::interplay(bool policy, std::size_t level) {
   pending_.push_back(entry);
 }
 
+std::vector<Operation> Generator::ending() {
+  if (!ends_) {
+    return {};
+  }
+  // Something is there.
+  std::vector<Operation> operations;
+  for (const From root : {From::policyRoot, From::serviceRoot}) {
+    Operation start;
+    start.verb = Verb::start;
+    start.at.from = root;
+    operations.push_back(start);
+  }
+  operations.push_back(homeName());
+  Operation origin = entryAt(true, policyPlace(From::policyV1, 4), 4);
+  origin.at.steps = {{258, home().first}, {259, "red"}, {259, "20000"}, {261, "web"}};
+  origin.id = 261;
+  origin.key = modifier();
+  operations.push_back(origin);
+  Operation vrfEntry = entryAt(false, servicePlace(From::serviceV1, 1), 1);
+  vrfEntry.at.steps = {{258, home().first}};
+  vrfEntry.key = "red";
+  operations.push_back(vrfEntry);
+  for (Operation& end : deadly(origin, vrfEntry)) {
+    operations.push_back(std::move(end));
+  }
+  return operations;
+}
+
+// An ordinal out of range, a name that is too long, or an observer that raises where nothing may.
+std::vector<Operation> Generator::deadly(const Operation& origin, const Operation& vrfEntry) {
+  Operation last = origin;
+  switch (below(6)) {
+    case 0:
+      last.verb = Verb::write;
+      last.id = 264;
+      last.key = "";
+      last.value = "7";
+      return {last};
+    case 1:
+      last.key = "5";
+      return {last};
+    case 2:
+      last.at.from = From::policyRoot;
+      last.verb = Verb::call;
+      last.key = "5";
+      last.value = "handleModifier(VelaL3::VelaPolicyModifier)";
+      return {last};
+    case 3:
+      last = homeName();
+      last.key = Text(101, 'v');
+      return {last};
+    default: {
+      const bool policy = oneIn(2);
+      Operation observe;
+      observe.verb = Verb::observe;
+      observe.times = 1;
+      observe.at.from = policy ? From::policyV2 : From::serviceV2;
+      observe.at.steps = {{258, home().first}};
+      Operation raise;
+      raise.verb = Verb::raise;
+      raise.value = "even if that ends the process";
+      observe.nested.push_back(raise);
+      last = policy ? origin : vrfEntry;
+      last.at.steps.clear();
+      last.id = 258;
+      last.key = home().first;
+      last.verb = Verb::erase;
+      return {observe, last};
+    }
+  }
+}
+
 }  // namespace Reference

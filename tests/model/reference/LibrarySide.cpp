@@ -151,7 +151,7 @@ struct LibrarySide::Recorder : Brix::Subscriber {
   Text head;
 };
 
-LibrarySide::LibrarySide(bool journal)
+LibrarySide::LibrarySide(const Seen& seen)
     : tops{VelaL3::VelaPolicySourceConfig::VelaPolicySourceConfigIs(),
            VelaL3::ServiceDeviceSourceConfig::ServiceDeviceSourceConfigIs(),
            VelaPolicyMonitor::Status::StatusIs(),
@@ -160,6 +160,10 @@ LibrarySide::LibrarySide(bool journal)
   Kel::System::clockIs([this] { return time; });
   sinkBefore_ =
       Kel::TextTrace::sinkIs(Kel::TextTrace::callbackSink([this](const Kel::TextTrace::Line& line) {
+        if (binary_) {
+          traced_ += static_cast<char>('0' + line.level);
+          traced_.append(" ").append(line.message).append("\n");
+        }
         if (losing_ != 0) {
           --losing_;
           throw Refused();
@@ -168,7 +172,10 @@ LibrarySide::LibrarySide(bool journal)
         log.append(" ").append(line.message).append("\n");
       }));
   Kel::TextTrace::facility("VelaPolicyMonitor").levelsAre(Kel::TextTrace::kAllLevels);
-  for (std::size_t top = 2; journal && top != tops.size(); ++top) {
+  if (seen.binary) {
+    binary_ = std::make_unique<BinaryTrace>();
+  }
+  for (std::size_t top = 2; seen.journal && top != tops.size(); ++top) {
     record(*tops[top]);
   }
 }

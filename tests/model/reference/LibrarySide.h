@@ -7,6 +7,7 @@
 
 #include "Kel/Kel.h"
 #include "Kel/TextTrace.h"
+#include "model/reference/BinaryTrace.h"
 #include "model/reference/Operation.h"
 
 namespace Reference {
@@ -16,7 +17,7 @@ using ObjectPtr = Brix::Ptr<Kel::PtrInterface>;
 /// A world of the library, and what an operation does to it, through what an agent has.
 class LibrarySide {
  public:
-  explicit LibrarySide(bool journal);
+  explicit LibrarySide(const Seen& seen);
   LibrarySide(const LibrarySide&) = delete;
   LibrarySide& operator=(const LibrarySide&) = delete;
   ~LibrarySide();
@@ -25,6 +26,10 @@ class LibrarySide {
   void apply(const Operation& operation);
   /// Ends observers, roots and whatever is held.
   void close();
+  /// All trace lines so far, those that the sink has lost among them; with Seen::binary only.
+  const Text& traced() const { return traced_; }
+  /// As traced(), from the binary trace.
+  Text binaryTraced() const { return binary_->lines(); }
   /// How many trace lines the sink has lost.
   long lost() const { return static_cast<long>(Kel::TextTrace::linesLost() - lostBefore_); }
   /// Whether a journal is kept of this entity.
@@ -52,6 +57,8 @@ class LibrarySide {
   void refuse();
 
   int losing_ = 0;
+  Text traced_;
+  std::unique_ptr<BinaryTrace> binary_;
   std::shared_ptr<Kel::TextTrace::Sink> sinkBefore_;
   const std::uint64_t lostBefore_ = Kel::TextTrace::linesLost();
   std::array<std::shared_ptr<Observer>, kSlots> observers_;

@@ -9,14 +9,16 @@ Cookie::~Cookie() { --world.live["VelaPolicyMonitor::UpdateCookie"]; }
 
 namespace {
 
-/// What runs while this lives may not raise: that would end the process.
-struct Sealed {
-  explicit Sealed(World& world_) : world(world_) { ++world.sealed; }
-  Sealed(const Sealed&) = delete;
-  Sealed& operator=(const Sealed&) = delete;
-  ~Sealed() { --world.sealed; }
-  World& world;
-};
+// What may not raise, as that would end the process.
+void sealed(World& world, const std::function<void()>& what) {
+  ++world.sealed;
+  try {
+    what();
+  } catch (...) {
+    world.end("terminate");
+  }
+  --world.sealed;
+}
 
 }  // namespace
 
@@ -76,9 +78,10 @@ void Machine::construct() {
 }
 
 void Machine::ended(Machine* machine) {
-  const Sealed sealed(machine->world);
-  machine->end();
-  machine->activeIs(false);  // one that was retired may have been switched on again
+  sealed(machine->world, [machine] {
+    machine->end();
+    machine->activeIs(false);  // one that was retired may have been switched on again
+  });
   delete machine;
 }
 
@@ -133,8 +136,7 @@ void Machine::deliver(const Handler& handler, const Text& argument) {
 
 void Machine::handle(const Handler& handler, const Text& argument) {
   if (dispatchIsSealed()) {
-    const Sealed sealed(world);
-    handler(*this, argument);
+    sealed(world, [&] { handler(*this, argument); });
   } else {
     handler(*this, argument);
   }
@@ -174,9 +176,10 @@ void Machine::work(const std::function<void()>& what) {
 
 void Machine::retire(const Text& childKey) {
   if (const auto child = children.take(childKey)) {
-    const Sealed sealed(world);
-    (*child)->end();
-    (*child)->activeIs(false);
+    sealed(world, [&child] {
+      (*child)->end();
+      (*child)->activeIs(false);
+    });
   }
 }
 
@@ -189,6 +192,9 @@ void Machine::childDelAll() {
 }
 
 void Machine::trace(int level, const char* form, std::initializer_list<std::string_view> pieces) {
+  if (world.ended) {
+    return;
+  }
   ++world.hits[{name, form, level, pieces.size() == 0 ? "" : pieces.begin()->data()}];
   if (world.losing != 0) {
     --world.losing;

@@ -17,6 +17,9 @@ struct OutOfRange : std::runtime_error {
 /// A child is there that was built from other objects.
 struct Reinstantiated : std::exception {};
 
+/// The process has ended, see World.
+struct Ended {};
+
 struct Cookie {
   explicit Cookie(World& world_);
   Cookie(const Cookie&) = delete;

@@ -25,7 +25,7 @@ struct ModelSide::Observer : Subscriber {
     const std::vector<Operation> nested = what.nested;
     for (const Operation& each : nested) {
       if (each.verb == Verb::raise) {
-        side.world.refuse();
+        side.world.refuse(each.value == "even if that ends the process");
       }
       side.apply(each);
     }
@@ -49,7 +49,7 @@ struct ModelSide::Listener : Subscriber {
     world.line("~ " + std::to_string(slot) + " " + std::to_string(id));
     if (refusals != 0) {
       --refusals;
-      world.refuse();
+      world.refuse(false);
     }
   }
 
@@ -97,6 +97,7 @@ void ModelSide::apply(const Operation& operation) {
     world.line("? re-instantiation");
   } catch (const Refused&) {
     world.line("? refused");
+  } catch (const Ended&) {
   }
   world.sealed = sealed;
 }

@@ -81,6 +81,12 @@ struct Operation {
   std::vector<Operation> nested;
 };
 
+/// What is looked at besides the lines of the text trace.
+struct Seen {
+  bool journal = false;  ///< notifications of version 2 and of the records
+  bool binary = false;   ///< the binary trace
+};
+
 inline constexpr std::size_t kSlots = 3;
 
 /// What observers raise.

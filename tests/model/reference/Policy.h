@@ -82,6 +82,9 @@ class PolicyOrigin final : public Machine {
   void childDelAll() override;
   void handleModifier(const Text& modifier);
   void handleModifier();
+
+ private:
+  void checkOrdinal(const Text& value, std::initializer_list<const char*> known);
 };
 
 class PolicyMatch final : public Machine {

@@ -49,6 +49,14 @@ void PolicyOrigin::handleInitialized() {
   leave("handleInitialized()", " return");
 }
 
+// A value without a counterpart in version 2 ends the process.
+void PolicyOrigin::checkOrdinal(const Text& value, std::initializer_list<const char*> known) {
+  if (std::find(known.begin(), known.end(), value) == known.end()) {
+    world.end("Should not be here");
+    throw Ended();
+  }
+}
+
 void PolicyOrigin::handleTags() {
   const auto* const form = "handleTags()";
   if (!initialized) {
@@ -80,6 +88,7 @@ void PolicyOrigin::handleAction() {
     return;
   }
   enter(form, {" policy: ", key, " action: ", v1->value(kAction)});
+  checkOrdinal(v1->value(kAction), {"forward", "drop", "redirect"});
   v2->write(kAction, v1->value(kAction));
   mark();
   leave(form, " return");
@@ -122,10 +131,12 @@ void PolicyOrigin::handleModifier(const Text& modifier) {
   if (v1->has(kModifiers, modifier)) {
     act(form, {" policy: ", key, " add modifier ", modifier});
     branch(form, "add");
+    checkOrdinal(modifier, {"symmetric", "stateless"});
     v2->insert(kModifiers, modifier);
   } else {
     act(form, {" policy: ", key, " remove modifier ", modifier});
     branch(form, "remove");
+    checkOrdinal(modifier, {"symmetric", "stateless"});
     v2->erase(kModifiers, modifier);
   }
   mark();
@@ -148,6 +159,7 @@ void PolicyOrigin::handleModifier() {
     }
   }
   for (Collection<bool>::Walk walk(v1->members(kModifiers)); walk.next();) {
+    checkOrdinal(walk.key, {"symmetric", "stateless"});
     v2->insert(kModifiers, walk.key);
   }
   if (removed) {

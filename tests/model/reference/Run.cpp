@@ -6,6 +6,7 @@
 #include <array>
 
 #include "model/reference/Comparison.h"
+#include "model/reference/Ending.h"
 #include "model/reference/Generator.h"
 
 namespace Reference {
@@ -33,7 +34,7 @@ Text logDifference(const Text& model, const Text& library) {
 
 // So that operations that end the process can be told and left out like others. `done` becomes how
 // many were done, up to the difference or the end.
-bool failsInAProcessOfItsOwn(const std::vector<Operation>& operations, bool journal,
+bool failsInAProcessOfItsOwn(const std::vector<Operation>& operations, const Seen& seen,
                              std::size_t& done) {
   done = operations.size();
   std::array<int, 2> pipes{};
@@ -43,7 +44,7 @@ bool failsInAProcessOfItsOwn(const std::vector<Operation>& operations, bool jour
   const pid_t child = ::fork();
   if (child == 0) {
     static_cast<void>(::close(STDERR_FILENO));
-    const Outcome outcome = run(operations, journal, 1);
+    const Outcome outcome = run(operations, seen, 1);
     const bool told =
         ::write(pipes[1], &outcome.operations, sizeof outcome.operations) == sizeof done;
     ::_exit(told && outcome.difference.empty() ? 0 : 1);
@@ -57,10 +58,10 @@ bool failsInAProcessOfItsOwn(const std::vector<Operation>& operations, bool jour
 
 }  // namespace
 
-Outcome run(const std::vector<Operation>& operations, bool journal, std::size_t every) {
+Outcome run(const std::vector<Operation>& operations, const Seen& seen, std::size_t every) {
   Outcome outcome;
-  ModelSide model(journal);
-  LibrarySide library(journal);
+  ModelSide model(seen.journal);
+  LibrarySide library(seen);
   const auto step = [&](const auto& each, bool compareAll) {
     model.world.log.clear();
     model.world.refusals.clear();
@@ -69,6 +70,17 @@ Outcome run(const std::vector<Operation>& operations, bool journal, std::size_t 
     model.world.time = std::to_string(outcome.operations) + ".000000";
     each(model);
     library.refusals = model.world.refusals;
+    if (model.world.ended) {
+      ++outcome.endings;
+      const Ending ending = endingOf(library, [&] { each(library); });
+      outcome.difference = !ending.byItself ? "the process should have ended, and has not"
+                           : model.world.log != ending.log
+                               ? logDifference(model.world.log, ending.log)
+                           : ending.said.find(model.world.message) == Text::npos
+                               ? "the process has ended and said " + ending.said
+                               : Text();
+      return false;
+    }
     each(library);
     if (model.world.log != library.log) {
       outcome.difference = logDifference(model.world.log, library.log);
@@ -85,20 +97,26 @@ Outcome run(const std::vector<Operation>& operations, bool journal, std::size_t 
       break;
     }
   }
-  if (outcome.difference.empty()) {
+  if (outcome.difference.empty() && !model.world.ended) {
     step([](auto& side) { side.close(); }, true);
     --outcome.operations;
+  }
+  if (outcome.difference.empty() && seen.binary && library.traced() != library.binaryTraced()) {
+    outcome.difference =
+        "of the two traces " + logDifference(library.traced(), library.binaryTraced());
   }
   outcome.hits = std::move(model.world.hits);
   return outcome;
 }
 
-std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count, bool& journal) {
+std::vector<Operation> operationsOf(std::uint64_t seed, std::size_t count, Seen& seen) {
   Generator generator(seed);
-  journal = generator.journal();
+  seen = generator.seen();
   std::vector<Operation> operations(count);
-  for (Operation& operation : operations) {
-    operation = generator.next();
+  const std::vector<Operation> ending = generator.ending();
+  const std::size_t ends = count < ending.size() ? count : count - ending.size();
+  for (std::size_t at = 0; at != count; ++at) {
+    operations[at] = at < ends ? generator.next() : ending[at - ends];
   }
   return operations;
 }
@@ -112,9 +130,9 @@ std::vector<Operation> calmOperationsOf(std::uint64_t seed, std::size_t count) {
   return operations;
 }
 
-std::vector<Operation> shrunk(std::vector<Operation> operations, bool journal) {
-  const auto fails = [journal](const std::vector<Operation>& some, std::size_t& done) {
-    return failsInAProcessOfItsOwn(some, journal, done);
+std::vector<Operation> shrunk(std::vector<Operation> operations, const Seen& seen) {
+  const auto fails = [seen](const std::vector<Operation>& some, std::size_t& done) {
+    return failsInAProcessOfItsOwn(some, seen, done);
   };
   std::size_t done = 0;
   if (!fails(operations, done)) {

@@ -202,7 +202,7 @@ void compare(const LibrarySide& world, const Past& past, ScratchOutcome& outcome
     collect(followed[tree], *world.tops[3 + tree], "");
   }
   {
-    LibrarySide scratch(false);
+    LibrarySide scratch(Seen{});
     for (std::size_t top = 0; top != 3; ++top) {
       copy(*world.tops[top], *scratch.tops[top]);
     }
@@ -257,7 +257,7 @@ void redeliver(LibrarySide& world, Past& past) {
 
 ScratchOutcome compareWithScratch(const std::vector<Operation>& operations, std::size_t every) {
   ScratchOutcome outcome;
-  LibrarySide world(false);
+  LibrarySide world(Seen{});
   Past past(world);
   for (const Operation& operation : operations) {
     world.log.clear();

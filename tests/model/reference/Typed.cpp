@@ -38,6 +38,8 @@ void read(const Kel::ValueType& type, const Text& text, void* place) {
         VelaL3V2::VelaPriority::unchecked(static_cast<std::uint32_t>(std::stoul(text)));
   } else if (!type.fields.empty()) {
     readFields(type, text, static_cast<std::byte*>(place));
+  } else if (type.size == 1 && !type.parse(text, place, why) && text.size() == 1) {
+    *static_cast<char*>(place) = static_cast<char>(text.front() - '0');  // an ordinal out of range
   } else if (!type.parse(text, place, why)) {
     unreadable(type, text, why);
   }

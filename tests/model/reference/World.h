@@ -25,11 +25,24 @@ struct World {
   int sealed = 0;                         ///< within how much that no exception may leave
   std::deque<bool> refusals;  ///< whether each who was to raise Refused has done so, in order
 
-  void line(std::string_view text) { log.append(text).append("\n"); }
-  void refuse() {
-    refusals.push_back(sealed == 0);
-    if (sealed == 0) {
+  bool ended = false;  ///< whether the process has ended: nothing that happens then counts
+  Text message;        ///< what it has said about that, among other things
+
+  void line(std::string_view text) {
+    if (!ended) {
+      log.append(text).append("\n");
+    }
+  }
+  void refuse(bool evenIfThatEnds) {
+    refusals.push_back(sealed == 0 || evenIfThatEnds);
+    if (refusals.back()) {
       throw Refused();
+    }
+  }
+  void end(const Text& said) {
+    if (!ended) {
+      ended = true;
+      message = said;
     }
   }
 };

@@ -92,7 +92,7 @@ WorldsOutcome everyHistory(bool policy, std::size_t depth, std::size_t part, std
       history.push_back(choices[rest % choices.size()]);
       rest /= choices.size();
     }
-    const Outcome done = run(history, false, history.size());
+    const Outcome done = run(history, Seen{}, history.size());
     ++outcome.histories;
     outcome.operations += done.operations;
     if (!done.difference.empty()) {

@@ -55,8 +55,8 @@ void print(const std::vector<Operation>& operations) {
   }
 }
 
-void fail(std::uint64_t seed, const std::vector<Operation>& operations, bool journal) {
-  const std::vector<Operation> few = shrunk(operations, journal);
+void fail(std::uint64_t seed, const std::vector<Operation>& operations, const Seen& seen) {
+  const std::vector<Operation> few = shrunk(operations, seen);
   std::printf("seed %llu differs. As few operations as differ:\n",
               static_cast<unsigned long long>(seed));
   print(few);
@@ -67,7 +67,7 @@ void fail(std::uint64_t seed, const std::vector<Operation>& operations, bool jou
     }
   }
   std::fflush(stdout);
-  std::printf("%s\n", run(few, journal, 1).difference.c_str());
+  std::printf("%s\n", run(few, seen, 1).difference.c_str());
 }
 
 // How often each site was come by, by its text.
@@ -115,15 +115,16 @@ bool runSeed(std::uint64_t seed, std::size_t count, std::size_t every, Outcome& 
   };
   std::signal(SIGABRT, tell);
   std::signal(SIGSEGV, tell);
-  bool journal = false;
-  const auto operations = operationsOf(seed, count, journal);
-  const Outcome outcome = run(operations, journal, every);
+  Seen seen;
+  const auto operations = operationsOf(seed, count, seen);
+  const Outcome outcome = run(operations, seen, every);
   if (!outcome.difference.empty()) {
-    fail(seed, operations, journal);
+    fail(seed, operations, seen);
     return false;
   }
   sum.operations += outcome.operations;
   sum.comparisons += outcome.comparisons;
+  sum.endings += outcome.endings;
   for (const auto& [site, hits] : outcome.hits) {
     sum.hits[site] += hits;
   }
@@ -131,15 +132,16 @@ bool runSeed(std::uint64_t seed, std::size_t count, std::size_t every, Outcome& 
 }
 
 int shrink(const Arguments& arguments) {
-  bool journal = false;
-  const auto operations = operationsOf(arguments.number(2, 1), arguments.number(3, 1000), journal);
-  fail(arguments.number(2, 1), operations, journal);
+  Seen seen;
+  const auto operations = operationsOf(arguments.number(2, 1), arguments.number(3, 1000), seen);
+  fail(arguments.number(2, 1), operations, seen);
   return 0;
 }
 
 void printSum(const Outcome& sum) {
-  std::printf("%zu operations, %zu comparisons of whole worlds, no difference\n", sum.operations,
-              sum.comparisons);
+  std::printf(
+      "%zu operations, %zu comparisons of whole worlds, %zu ends of the process, no difference\n",
+      sum.operations, sum.comparisons, sum.endings);
 }
 
 int prove(const Arguments& arguments) {
