@@ -2,5 +2,6 @@
 
 /// The front door of the policy tree: its six state machines and their factories.
 
+#include "common/VelaTranslateSmCommon.h"
 #include "policy/Conversions.h"
 #include "policy/PolicyTranslateRootSm.h"

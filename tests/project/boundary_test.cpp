@@ -8,7 +8,6 @@
 #include <string>
 #include <typeinfo>
 
-#include "Kel/Kel.h"
 #include "Kel/Slab.h"
 #include "common/VelaTranslateSmCommon.h"
 #include "policy/VelaPolicyTranslateSm.h"
@@ -116,6 +115,24 @@ TEST_F(Boundary, TheMessageOfTheLibraryIsRegisteredWhenItIsLoaded) {
   const Kel::LogHandle* const message = Kel::LogHandle::find("ZARN_MOUNT_TIMEOUT");
   ASSERT_NE(message, nullptr);
   EXPECT_EQ(message, &VelaPolicyMonitor::mountTimeout());
+}
+
+TEST_F(Boundary, TheFrontDoorsBringTheFrameworkAlong) {
+  struct : KelBrix::LegacyNotifiee {
+    void notify(Kel::AttrId attributeId, const void* /*value*/) override { last = attributeId; }
+    Kel::AttrId last = 0;
+  } notifiee;
+  addRule();
+  const auto perVrf = root->perDeviceSm("fw1")->perVrfSm(L3::VrfName("red"));
+  KelBrix::addLegacyNotifiee(*perVrf, notifiee, false);
+  perVrf->initCompleteIs(false);
+  KelBrix::removeLegacyNotifiee(*perVrf, notifiee);
+  EXPECT_EQ(notifiee.last, decltype(perVrf)::element_type::initCompleteAttr.id);
+
+  Kel::System::clockIs([] { return Kel::Seconds{12.5}; });
+  v1->policySet("fw1")->policy("red")->timestampIs(1);
+  Kel::System::clockIs(nullptr);
+  EXPECT_EQ(v2->policySet("fw1")->policy("net-red")->timestamp(), 12.5);
 }
 
 }  // namespace

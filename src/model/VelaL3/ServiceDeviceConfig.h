@@ -9,6 +9,9 @@ class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::
  public:
   static constexpr const char* kelTypeName() { return "VelaL3::ServiceDeviceConfig"; }
   explicit ServiceDeviceConfig(const Kel::String& deviceName) : deviceName_(deviceName) {}
+  static Brix::Ptr<ServiceDeviceConfig> ServiceDeviceConfigIs(const Kel::String& deviceName) {
+    return create(deviceName);
+  }
 
   KEL_CONST(256, deviceName, Kel::String)
   KEL_ENTRY(259, vrf, vrfName, VrfConfig)  ///< By the name on the device.

@@ -1,5 +1,7 @@
 #include "VelaL3/VelaIpRange.h"
 
+#include <ostream>
+
 namespace VelaL3 {
 
 // Deliberate: the leading blank and the label belong to the value, so that a message that ends in a
@@ -15,6 +17,10 @@ std::string VelaIpRange::stringValue() const {
   std::string text;
   kelAppend(text, *this);
   return text;
+}
+
+std::ostream& operator<<(std::ostream& out, const VelaIpRange& range) {
+  return out << range.stringValue();
 }
 
 }  // namespace VelaL3

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 
 #include "Kel/Hash.h"
@@ -22,5 +23,6 @@ struct VelaL4App {
 
 /// "443/6": port and protocol.
 void kelAppend(std::string& out, const VelaL4App& app);
+std::ostream& operator<<(std::ostream& out, const VelaL4App& app);
 
 }  // namespace VelaL3

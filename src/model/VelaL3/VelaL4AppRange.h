@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 
 #include "Kel/Hash.h"
@@ -23,5 +24,6 @@ struct VelaL4AppRange {
 
 /// "8000-8080/6": first and last port, and protocol.
 void kelAppend(std::string& out, const VelaL4AppRange& range);
+std::ostream& operator<<(std::ostream& out, const VelaL4AppRange& range);
 
 }  // namespace VelaL3

@@ -11,6 +11,9 @@ class VelaPolicyConfig final : public Kel::Entity<VelaPolicyConfig, Type::policy
  public:
   static constexpr const char* kelTypeName() { return "VelaL3::VelaPolicyConfig"; }
   explicit VelaPolicyConfig(const L3::VrfName& vrfName) : vrfName_(vrfName) {}
+  static Brix::Ptr<VelaPolicyConfig> VelaPolicyConfigIs(const L3::VrfName& vrfName) {
+    return create(vrfName);
+  }
 
   KEL_CONST(256, vrfName, L3::VrfName)
   KEL_ENTRY(259, rule, priority, VelaRuleConfig)  ///< Sorted, the highest priority first.

@@ -9,6 +9,9 @@ class VelaPolicySetConfig final : public Kel::Entity<VelaPolicySetConfig, Type::
  public:
   static constexpr const char* kelTypeName() { return "VelaL3::VelaPolicySetConfig"; }
   explicit VelaPolicySetConfig(const Kel::String& deviceName) : deviceName_(deviceName) {}
+  static Brix::Ptr<VelaPolicySetConfig> VelaPolicySetConfigIs(const Kel::String& deviceName) {
+    return create(deviceName);
+  }
 
   KEL_CONST(256, deviceName, Kel::String)
   KEL_ENTRY(259, policy, vrfName, VelaPolicyConfig)  ///< By the name of the VRF on the device.

@@ -1,5 +1,7 @@
 #include "VelaL3/VelaPriority.h"
 
+#include <ostream>
+
 #include "Kel/Exception.h"
 #include "Kel/Text.h"
 
@@ -34,6 +36,10 @@ bool kelParse(std::string_view text, VelaPriority& value, std::string& why) {
   }
   value = VelaPriority::unchecked(number);
   return true;
+}
+
+std::ostream& operator<<(std::ostream& out, VelaPriority priority) {
+  return out << Kel::textOf(priority);
 }
 
 }  // namespace VelaL3

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -39,6 +40,7 @@ class VelaPriority {
 };
 
 void kelAppend(std::string& out, VelaPriority priority);
+std::ostream& operator<<(std::ostream& out, VelaPriority priority);
 bool kelParse(std::string_view text, VelaPriority& value, std::string& why);
 
 }  // namespace VelaL3

@@ -11,6 +11,7 @@ class VrfConfig final : public Kel::Entity<VrfConfig, Type::vrf> {
  public:
   static constexpr const char* kelTypeName() { return "VelaL3::VrfConfig"; }
   explicit VrfConfig(const L3::VrfName& vrfName) : vrfName_(vrfName) {}
+  static Brix::Ptr<VrfConfig> VrfConfigIs(const L3::VrfName& vrfName) { return create(vrfName); }
 
   KEL_CONST(256, vrfName, L3::VrfName)
   KEL_ENTRY(259, l3Intf, address, L3IntfConfig)  ///< Its interfaces.

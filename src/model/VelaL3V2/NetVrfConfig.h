@@ -11,6 +11,9 @@ class NetVrfConfig final : public Kel::Entity<NetVrfConfig, Type::netVrf> {
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::NetVrfConfig"; }
   explicit NetVrfConfig(const Kel::String& netVrfName) : netVrfName_(netVrfName) {}
+  static Brix::Ptr<NetVrfConfig> NetVrfConfigIs(const Kel::String& netVrfName) {
+    return create(netVrfName);
+  }
 
   KEL_CONST(256, netVrfName, Kel::String)
   KEL_ATTR(258, vrfName, L3::VrfName)            ///< What the device calls it.

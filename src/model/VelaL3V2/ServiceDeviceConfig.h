@@ -11,6 +11,9 @@ class ServiceDeviceConfig final : public Kel::Entity<ServiceDeviceConfig, Type::
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::ServiceDeviceConfig"; }
   explicit ServiceDeviceConfig(const Vela::DeviceName& deviceName) : deviceName_(deviceName) {}
+  static Brix::Ptr<ServiceDeviceConfig> ServiceDeviceConfigIs(const Vela::DeviceName& deviceName) {
+    return create(deviceName);
+  }
 
   KEL_CONST(256, deviceName, Vela::DeviceName)
   KEL_ATTR(258, trafficInspection, Vela::TrafficInspection)  ///< As the monitor's record has it.

@@ -1,7 +1,8 @@
-// The descriptors of this module's value types.
+// The descriptors of this module's value types; the enumerations on streams.
 
 #include <array>
 #include <cstddef>
+#include <ostream>
 
 #include "Kel/Describe.h"
 #include "Norv/Norv.h"
@@ -78,3 +79,12 @@ const ValueTypeRegistration kRegistration{
 }  // namespace
 
 }  // namespace Kel
+
+namespace VelaL3V2 {
+
+std::ostream& operator<<(std::ostream& out, VelaAction value) { return out << Kel::textOf(value); }
+std::ostream& operator<<(std::ostream& out, VelaPolicyModifier value) {
+  return out << Kel::textOf(value);
+}
+
+}  // namespace VelaL3V2

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <iosfwd>
 #include <string_view>
 
 namespace [[using gnu: visibility("default")]] VelaL3V2 {
@@ -12,5 +13,8 @@ enum class VelaAction : std::uint8_t { forward, drop, redirect };
 constexpr auto kelNames(VelaAction /*type*/) {
   return std::array<std::string_view, 3>{"forward", "drop", "redirect"};
 }
+
+/// The name, or the number of an ordinal that has none.
+std::ostream& operator<<(std::ostream& out, VelaAction value);
 
 }  // namespace VelaL3V2

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 
 #include "Kel/Hash.h"
@@ -25,5 +26,6 @@ struct VelaIpRange {
 };
 
 void kelAppend(std::string& out, const VelaIpRange& range);
+std::ostream& operator<<(std::ostream& out, const VelaIpRange& range);
 
 }  // namespace VelaL3V2

@@ -1,5 +1,7 @@
 #include "VelaL3V2/VelaL4AppRange.h"
 
+#include <ostream>
+
 #include "Kel/Text.h"
 
 namespace VelaL3V2 {
@@ -10,6 +12,10 @@ void kelAppend(std::string& out, const VelaL4AppRange& range) {
   Kel::appendValue(out, range.last);
   out += '/';
   Kel::appendValue(out, range.protocol);
+}
+
+std::ostream& operator<<(std::ostream& out, const VelaL4AppRange& range) {
+  return out << Kel::textOf(range);
 }
 
 }  // namespace VelaL3V2

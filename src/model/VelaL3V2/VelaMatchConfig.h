@@ -13,6 +13,7 @@ namespace [[using gnu: visibility("default")]] VelaL3V2 {
 class VelaMatchConfig final : public Kel::Entity<VelaMatchConfig, Type::match> {
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaMatchConfig"; }
+  static Brix::Ptr<VelaMatchConfig> VelaMatchConfigIs() { return create(); }
 
   KEL_SET(258, srcIp, Norv::IpGenPrefix)       ///< From any of these.
   KEL_SET(259, srcIpRange, VelaIpRange)        ///< From any address in one of these.

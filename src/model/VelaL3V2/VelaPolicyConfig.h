@@ -10,6 +10,9 @@ class VelaPolicyConfig final : public Kel::Entity<VelaPolicyConfig, Type::policy
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaPolicyConfig"; }
   explicit VelaPolicyConfig(const Kel::String& netVrfName) : netVrfName_(netVrfName) {}
+  static Brix::Ptr<VelaPolicyConfig> VelaPolicyConfigIs(const Kel::String& netVrfName) {
+    return create(netVrfName);
+  }
 
   KEL_CONST(256, netVrfName, Kel::String)
   KEL_ENTRY(259, rule, priority, VelaRuleConfig)  ///< Sorted, the highest priority first.

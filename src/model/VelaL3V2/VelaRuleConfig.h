@@ -10,6 +10,9 @@ class VelaRuleConfig final : public Kel::Entity<VelaRuleConfig, Type::rule> {
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaRuleConfig"; }
   explicit VelaRuleConfig(VelaPriority priority) : priority_(priority) {}
+  static Brix::Ptr<VelaRuleConfig> VelaRuleConfigIs(VelaPriority priority) {
+    return create(priority);
+  }
 
   KEL_CONST(256, priority, VelaPriority)
   /// Who has asked for the rule, and what each says.

@@ -11,6 +11,9 @@ class VelaRuleOriginConfig final : public Kel::Entity<VelaRuleOriginConfig, Type
  public:
   static constexpr const char* kelTypeName() { return "VelaL3V2::VelaRuleOriginConfig"; }
   explicit VelaRuleOriginConfig(const Kel::String& name) : name_(name) {}
+  static Brix::Ptr<VelaRuleOriginConfig> VelaRuleOriginConfigIs(const Kel::String& name) {
+    return create(name);
+  }
 
   KEL_CONST(256, name, Kel::String)
   KEL_ATTR(259, tags, Kel::String)                     ///< Free text.

@@ -14,6 +14,9 @@ class DevicePolicyList final : public Kel::Entity<DevicePolicyList, MonitorType:
  public:
   static constexpr const char* kelTypeName() { return "VelaPolicyMonitor::DevicePolicyList"; }
   explicit DevicePolicyList(const Kel::String& deviceName) : deviceName_(deviceName) {}
+  static Brix::Ptr<DevicePolicyList> DevicePolicyListIs(const Kel::String& deviceName) {
+    return create(deviceName);
+  }
 
   KEL_CONST(256, deviceName, Kel::String)
   KEL_ATTR(257, policyConverge, bool)         ///< All policies were translated once.

@@ -160,4 +160,20 @@ TEST(VelaL3Entities, AreNumberedInTheirModule) {
   EXPECT_EQ(source->serviceDeviceIs("a")->fwkType(), (Kel::FwkType{&module, 7}));
 }
 
+TEST(VelaL3Entities, EachCanBeMadeByItselfAndIsSwitchedOn) {
+  EXPECT_TRUE(VelaL3::VelaMatchConfig::VelaMatchConfigIs()->hasNotificationActive());
+  const VelaL3::VelaPriority priority(20000);
+  EXPECT_EQ(VelaL3::VelaRuleConfig::VelaRuleConfigIs(priority)->priority(), priority);
+  EXPECT_EQ(VelaL3::VelaRuleOriginConfig::VelaRuleOriginConfigIs("web")->name(), "web");
+  EXPECT_EQ(VelaL3::VelaPolicyConfig::VelaPolicyConfigIs(VrfName("red"))->vrfName(), "red");
+  EXPECT_EQ(VelaL3::VelaPolicySetConfig::VelaPolicySetConfigIs("fw1")->deviceName(), "fw1");
+  EXPECT_EQ(VelaL3::ServiceDeviceConfig::ServiceDeviceConfigIs("fw1")->deviceName(), "fw1");
+  EXPECT_EQ(VelaL3::VrfConfig::VrfConfigIs(VrfName("red"))->vrfName(), "red");
+  const IpGenAddr address("10.0.0.1");
+  const auto interface = VelaL3::L3IntfConfig::L3IntfConfigIs(address);
+  EXPECT_EQ(interface->address(), address);
+  EXPECT_TRUE(interface->hasNotificationActive());
+  EXPECT_EQ(interface->refCount(), 1U);
+}
+
 }  // namespace

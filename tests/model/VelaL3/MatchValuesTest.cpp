@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 
 #include "Kel/Text.h"
+#include "VelaL3/VelaPriority.h"
 #include "VelaL3/VelaRuleOriginConfig.h"
 
 namespace {
@@ -96,6 +98,15 @@ TEST(VelaL3Enumerations, AnOrdinalOutsideIsPrintedAsItsNumber) {
   EXPECT_EQ(sizeof(VelaPolicyModifier), 1U);
   EXPECT_EQ(Kel::textOf(static_cast<VelaAction>(3)), "3");
   EXPECT_EQ(Kel::textOf(static_cast<VelaPolicyModifier>(255)), "255");
+}
+
+TEST(VelaL3Values, AreWrittenToStreamsAsTheyArePrinted) {
+  std::ostringstream out;
+  out << VelaAction::drop << ' ' << static_cast<VelaAction>(3) << ' '
+      << VelaPolicyModifier::stateless << ' ' << VelaL3::VelaPriority(20000) << ' '
+      << VelaL4App{443, 6} << ' ' << VelaL4AppRange{8000, 8080, 17}
+      << VelaIpRange{IpGenAddr("10.1.0.1"), IpGenAddr("::1")};
+  EXPECT_EQ(out.str(), "drop 3 stateless 20000 443/6 8000-8080/17 IP range: 10.1.0.1-::1");
 }
 
 }  // namespace

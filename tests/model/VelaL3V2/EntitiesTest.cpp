@@ -166,4 +166,19 @@ TEST(VelaL3V2Entities, AreNumberedInTheirModule) {
   EXPECT_EQ(source->serviceDeviceIs("a")->fwkType(), (Kel::FwkType{&module, 7}));
 }
 
+TEST(VelaL3V2Entities, EachCanBeMadeByItselfAndIsSwitchedOn) {
+  const auto match = VelaL3V2::VelaMatchConfig::VelaMatchConfigIs();
+  EXPECT_TRUE(match->hasNotificationActive());
+  EXPECT_EQ(match->refCount(), 1U);
+  const VelaL3V2::VelaPriority priority(20000);
+  EXPECT_EQ(VelaL3V2::VelaRuleConfig::VelaRuleConfigIs(priority)->priority(), priority);
+  EXPECT_EQ(VelaL3V2::VelaRuleOriginConfig::VelaRuleOriginConfigIs("web")->name(), "web");
+  EXPECT_EQ(VelaL3V2::VelaPolicyConfig::VelaPolicyConfigIs("net")->netVrfName(), "net");
+  EXPECT_EQ(VelaL3V2::VelaPolicySetConfig::VelaPolicySetConfigIs("fw1")->deviceName(), "fw1");
+  EXPECT_EQ(VelaL3V2::ServiceDeviceConfig::ServiceDeviceConfigIs("fw1")->deviceName(), "fw1");
+  EXPECT_EQ(VelaL3V2::NetVrfConfig::NetVrfConfigIs("net")->netVrfName(), "net");
+  const IpGenAddr address("10.0.0.1");
+  EXPECT_EQ(VelaL3V2::L3IntfConfig::L3IntfConfigIs(address)->address(), address);
+}
+
 }  // namespace

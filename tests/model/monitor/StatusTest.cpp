@@ -107,4 +107,10 @@ TEST_F(MonitorRecord, IsDescribedInTheMonitorsModule) {
   EXPECT_EQ(status->fwkType().index, 0);
 }
 
+TEST(MonitorRecords, OneCanBeMadeByItselfAndIsSwitchedOn) {
+  const auto record = VelaPolicyMonitor::DevicePolicyList::DevicePolicyListIs("fw1");
+  EXPECT_EQ(record->deviceName(), "fw1");
+  EXPECT_TRUE(record->hasNotificationActive());
+}
+
 }  // namespace
