@@ -102,6 +102,20 @@ void ModelSide::apply(const Operation& operation) {
   world.sealed = sealed;
 }
 
+bool ModelSide::fits(const Operation& operation) {
+  if (operation.verb >= Verb::call || (operation.create && operation.verb <= Verb::name)) {
+    return true;
+  }
+  const NodePtr at = node(operation.at, false);
+  if (!at || operation.verb != Verb::erase) {
+    return at != nullptr;
+  }
+  const Kind kind = at->type.attribute(operation.id).kind;
+  return kind == Kind::entries || kind == Kind::single
+             ? at->entry(operation.id, operation.key) != nullptr
+             : at->has(operation.id, operation.key);
+}
+
 NodePtr ModelSide::node(const Place& place, bool create) {
   NodePtr at =
       place.from == From::kept ? kept[place.slot] : tops[static_cast<std::size_t>(place.from)];

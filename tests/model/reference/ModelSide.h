@@ -17,6 +17,8 @@ class ModelSide {
 
   /// Never raises: what an operation raises is a line of the log.
   void apply(const Operation& operation);
+  /// Whether there is what the operation is about.
+  bool fits(const Operation& operation);
   /// Ends observers, roots and whatever is held.
   void close();
 
@@ -27,6 +29,8 @@ class ModelSide {
   std::array<MachinePtr, kSlots> held;
 
  private:
+  using Verb = Operation::Verb;
+
   struct Observer;
   struct Listener;
 

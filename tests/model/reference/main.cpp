@@ -6,6 +6,7 @@
 #include <map>
 #include <string_view>
 
+#include "model/reference/ModelSide.h"
 #include "model/reference/Run.h"
 #include "model/reference/Scratch.h"
 #include "model/reference/Soak.h"
@@ -21,6 +22,7 @@ constexpr const char* kUsage = R"(usage: reference random  FROM-TO OPERATIONS EV
        reference prove   SECONDS FIRST
        reference shrink  SEED OPERATIONS
        reference soak    OPERATIONS [SEED]
+       reference lines   SEED OPERATIONS LOG
 
 Sets the library beside the reference model, the state machines' second implementation.
 
@@ -35,6 +37,8 @@ Sets the library beside the reference model, the state machines' second implemen
            PART and PARTS, only that part of them
   prove    random with one seed after the other, FIRST at first, for so long
   shrink   finds and prints the fewest operations of a seed that still differ or end the process
+  lines    prints calm operations of a seed as change lines for vpm replay, those that there are
+           lines for, and writes what the model logs of them into the file LOG
   soak     does so many changes of version 1 and of the records to one world of the library, without
            the model. Fails when the resident memory has grown by more than 1 % since a tenth of
            them, or when the time that 99 of 100 changes stay below is by more than 5 % that of a
@@ -224,6 +228,23 @@ int worlds(const Arguments& arguments) {
   return 0;
 }
 
+int lines(const Arguments& arguments) {
+  ModelSide model(false);
+  Text log;
+  for (const Operation& operation :
+       calmOperationsOf(arguments.number(2, 1), arguments.number(3, 300))) {
+    const Text line = changeLineOf(operation);
+    if (!line.empty() && model.fits(operation)) {
+      std::printf("%s\n", line.c_str());
+      model.apply(operation);
+    }
+  }
+  if (arguments.count > 4) {
+    std::ofstream(arguments.words[4]) << model.world.log;
+  }
+  return 0;
+}
+
 int soak(const Arguments& arguments) {
   const SoakOutcome outcome = Reference::soak(
       std::max<std::size_t>(arguments.number(2, 1000000) / 100, 1) * 100, arguments.number(3, 1));
@@ -255,6 +276,9 @@ int main(int argc, char** argv) {
   }
   if (what == "scratch") {
     return scratch(arguments);
+  }
+  if (what == "lines") {
+    return lines(arguments);
   }
   if (what == "soak") {
     return soak(arguments);
