@@ -112,7 +112,7 @@ NAMES = [
     (r"void cleanup\(\)", "Ends all children and empties what they have written; notifications do nothing until handleInitialized()."),
     (r"void (initialized|initComplete)Is\(", "Stores and publishes a value that differs; an equal one is nothing."),
     (r"Brix::Ptr<\w+> \w+(SmIs|CookieIs)\($|Brix::Ptr<(\w+)> \w+(SmIs|CookieIs)\((\)|const|VelaL3::)", "Makes one, which mirrors what is there, and switches its notifications on. Raises what the first walk raises."),
-    (r"Brix::Ptr<(?P<c>\w+)> (?P=c)Is\(\)", "Makes an empty one, with notification switched on."),
+    (r"Brix::Ptr<(?P<c>\w+)> (?P=c)Is\(", "Makes an empty one that is in no collection, with notification switched on."),
     (r"\w+Sm\(", "Registers with what it watches and runs the first walk; to be called by the creator alone."),
     (r"\w+Config\((const [\w:]+&|VelaPriority) \w+\)|DevicePolicyList\(", "With its key; to be called by the collection that it is in."),
     (r"~\w+\(\)", "Ends it: switches off, unregisters and releases what it holds."),
