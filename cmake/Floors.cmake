@@ -19,7 +19,7 @@ function(vela_floor name folder)
 endfunction()
 
 # vela_library(NAME OF FLOOR... ON LIBRARY...): a shared library made of whole floors, which exports
-# what cmake/exported.map says.
+# what cmake/exported.map.in says.
 function(vela_library name)
   cmake_parse_arguments(arg "" "" "OF;ON" ${ARGN})
   set(objects)
@@ -34,7 +34,8 @@ function(vela_library name)
   endforeach()
   target_link_libraries(${name} PUBLIC ${arg_ON})
   target_compile_features(${name} INTERFACE cxx_std_20)
-  set(exported ${CMAKE_SOURCE_DIR}/cmake/exported.map)
+  set(exported ${CMAKE_BINARY_DIR}/exported.map)
+  configure_file(cmake/exported.map.in ${exported} @ONLY)
   target_link_options(${name} PRIVATE LINKER:--version-script=${exported})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX
       VERSION ${PROJECT_VERSION} SOVERSION ${VELA_ABI} LINK_DEPENDS ${exported})

@@ -10,7 +10,8 @@ set(CPACK_PACKAGE_NAME velapolicytranslate)
 set(CPACK_PACKAGE_CONTACT
     "VelaPolicyTranslate maintainers <maintainers@velapolicytranslate.invalid>")
 set(CPACK_COMPONENTS_ALL library dev tools)
-set(CPACK_STRIP_FILES ON)
+# Strips what is packed; its debug information is a package of its own, NAME-dbgsym.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -57,6 +58,16 @@ became of them, and hosts the translation as a service that answers on a
 control socket.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${same_version})
+
+# An agent's engineer has the documents and the outside agent, who runs the program its documents.
+set(documents ${CMAKE_INSTALL_DATADIR}/doc)
+install(FILES README.md DESTINATION ${documents}/libvelapolicytranslate-dev COMPONENT dev)
+install(DIRECTORY docs DESTINATION ${documents}/libvelapolicytranslate-dev COMPONENT dev
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN api EXCLUDE)
+install(DIRECTORY examples/agent DESTINATION ${documents}/libvelapolicytranslate-dev/examples
+        COMPONENT dev)
+install(DIRECTORY examples DESTINATION ${documents}/vpm COMPONENT tools
+        FILES_MATCHING PATTERN "*.json" PATTERN "*.log" PATTERN agent EXCLUDE)
 
 foreach(file CHANGELOG.md:changelog packaging/debian/changelog:changelog.Debian)
   string(REPLACE : ";" file ${file})

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: abi_test.sh SOURCE_DIR BUILD_DIR [--accept]
 # Compares what the libraries of a debug build export, and the layout of the types behind it, with
-# what packaging/abi holds. An addition needs to be recorded; an incompatible change is refused
-# unless the SONAME has moved. --accept records what there is.
+# what packaging/abi holds. A difference needs to be recorded, which --accept does; an incompatible
+# one is refused, and nothing is recorded, while the SONAME is one that was released.
 set -euo pipefail
 
 agreed=$1/packaging/abi
@@ -33,30 +33,50 @@ layout() {
 
 soname() { readelf -d "$1" | sed -nE 's/.*SONAME.*\[(.*)\]/\1/p'; }
 
-for library in libvelaframework libvelamodel libvelapolicytranslate; do
+# differences LIBRARY: what an agent that was built against the agreed interface misses or finds
+# changed.
+differences() {
+  local library=$1 removed
+  removed=$(LC_ALL=C comm -23 "$agreed/$library.symbols" "$scratch/$library.symbols")
+  [[ -z $removed ]] || printf '%s\n' "-${removed//$'\n'/$'\n'-}"
+  abidiff --no-added-syms --exported-interfaces-only "$scratch/$library.abi" \
+    "$build/lib/$library.so" >"$scratch/diff" 2>&1 || cat "$scratch/diff"
+}
+
+readonly libraries=(libvelaframework libvelamodel libvelapolicytranslate)
+
+for library in "${libraries[@]}"; do
   file=$build/lib/$library.so
-  if [[ $accept == --accept ]]; then
-    symbols "$file" >"$agreed/$library.symbols"
-    layout "$file" "$scratch/$library.abi"
-    xz -9 --stdout "$scratch/$library.abi" >"$agreed/$library.abi.xz"
-    continue
-  fi
   symbols "$file" >"$scratch/$library.symbols"
-  if ! diff -U0 "$agreed/$library.symbols" "$scratch/$library.symbols" >"$scratch/diff"; then
-    grep '^[-+][FD]' "$scratch/diff"
-    fail "$library exports other symbols than packaging/abi/$library.symbols says;" \
-      "see packaging/abi/README.md for what to do"
-  fi
   xz --decompress --stdout "$agreed/$library.abi.xz" >"$scratch/$library.abi"
-  if ! grep -q "soname='$(soname "$file")'" "$scratch/$library.abi"; then
-    fail "the SONAME has moved to $(soname "$file"):" \
-      "record what it stands for with ./dev abi --accept"
-  elif ! abidiff --no-added-syms --exported-interfaces-only "$scratch/$library.abi" "$file" \
-    >"$scratch/diff" 2>&1; then
-    cat "$scratch/diff"
-    fail "agents that were built against $(soname "$file") would no longer run;" \
-      "see packaging/abi/README.md for what to do"
+  soname=$(soname "$file")
+  if grep -q "soname='$soname'" "$scratch/$library.abi"; then
+    said=$(differences "$library")
+    if [[ -n $said ]] && grep -qx "${soname##*.}" "$agreed/released"; then
+      printf '%s\n' "$said"
+      fail "agents that were built against $soname would no longer run: move VELA_ABI" \
+        "in CMakeLists.txt, or find another way (packaging/abi/README.md)"
+      continue
+    fi
+  else
+    said="the SONAME has moved to $soname"
+  fi
+  [[ $accept != --accept ]] || continue
+  if [[ -n $said ]]; then
+    printf '%s\n' "$said"
+    fail "$library is not what was agreed; record it with ./dev abi --accept"
+  elif ! diff -U0 "$agreed/$library.symbols" "$scratch/$library.symbols" >"$scratch/diff"; then
+    grep '^[-+][FD]' "$scratch/diff"
+    fail "$library exports more than was agreed; record it with ./dev abi --accept"
   fi
 done
+
+if [[ $accept == --accept ]] && ((failures == 0)); then
+  for library in "${libraries[@]}"; do
+    cp "$scratch/$library.symbols" "$agreed/"
+    layout "$build/lib/$library.so" "$scratch/$library.abi"
+    xz -9 --stdout "$scratch/$library.abi" >"$agreed/$library.abi.xz"
+  done
+fi
 
 exit $((failures > 0))
