@@ -139,7 +139,7 @@ void PolicyTranslateMatchSm::handleInitialized() {
 
 template <const auto& Mirrored, class Key>
 void PolicyTranslateMatchSm::mirror(const Key& key) {
-  if (!initialized_) {
+  if (!initialized_) {  // Unreachable: nothing calls it before, and nothing takes the flag back
     return;
   }
   const Handling run{*this, kTrace, Mirrored.keyedForm};
@@ -165,7 +165,7 @@ void PolicyTranslateMatchSm::mirror(const Key& key) {
 
 template <const auto& Mirrored>
 void PolicyTranslateMatchSm::mirrorAll() {
-  if (!initialized_) {
+  if (!initialized_) {  // Unreachable: nothing calls it before, and nothing takes the flag back
     return;
   }
   const Handling run{*this, kTrace, Mirrored.walkForm};

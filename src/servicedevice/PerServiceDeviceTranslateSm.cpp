@@ -179,9 +179,7 @@ void PerServiceDeviceTranslateSm::removeVrf(const L3::VrfName& vrf) {
   }
   const String netVrfName = child->netVrfName();
   child.reset();  // its clean-up comes before the deletion of the entry that it writes to
-  if (sdConfigV2()) {
-    sdConfigV2()->netVrfDel(netVrfName);
-  }
+  sdConfigV2()->netVrfDel(netVrfName);
 }
 
 }  // namespace VelaPolicyMonitor

@@ -121,9 +121,7 @@ void PerVrfServiceDeviceTranslateSm::handleL3Intf(const Norv::IpGenAddr& addr) {
     run.act(" VRF: ", vrfName(), " remove l3 intf ", addr);
     const Norv::IpGenAddr key = addr;  // the argument may lie in the child
     perL3IntfSmDel(key);
-    if (vrfConfigV2()) {
-      vrfConfigV2()->l3IntfDel(key);
-    }
+    vrfConfigV2()->l3IntfDel(key);
   }
   markUpdated(cookie());
   run.leave();
@@ -133,15 +131,13 @@ void PerVrfServiceDeviceTranslateSm::handleL3Intf() {
   const Handling run{*this, kTrace, "handleL3Intf()"};
   run.enter();
   bool deleted = false;
-  if (vrfConfigV2()) {
-    for (const auto& [addr, l3IntfV2] : vrfConfigV2()->l3Intf()) {
-      if (vrfConfigV1() && vrfConfigV1()->l3Intf(addr)) {
-        continue;
-      }
-      run.act(" remove l3 intf ", addr);
-      vrfConfigV2()->l3IntfDel(addr);
-      deleted = true;
+  for (const auto& [addr, l3IntfV2] : vrfConfigV2()->l3Intf()) {
+    if (vrfConfigV1() && vrfConfigV1()->l3Intf(addr)) {
+      continue;
     }
+    run.act(" remove l3 intf ", addr);
+    vrfConfigV2()->l3IntfDel(addr);
+    deleted = true;
   }
   if (vrfConfigV1()) {
     for (const auto& [addr, l3IntfV1] : vrfConfigV1()->l3Intf()) {
@@ -169,9 +165,7 @@ void PerVrfServiceDeviceTranslateSm::cleanup() {
   run.enter(" VRF name: ", vrfName());
   initializedIs(false);
   perL3IntfSmDelAll();
-  if (vrfConfigV2()) {
-    vrfConfigV2()->l3IntfDelAll();
-  }
+  vrfConfigV2()->l3IntfDelAll();
   run.leave();
 }
 

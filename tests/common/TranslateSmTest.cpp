@@ -68,6 +68,7 @@ TEST_F(LifeOfAMachine, EndsOnce) {
   machine->retire();
   EXPECT_EQ(ends, 1);
   EXPECT_TRUE(machine->retired());
+  EXPECT_TRUE(machine->busy()) << "nothing is dispatched to it any more";
   machine->retire();
   machine.reset();
   EXPECT_EQ(ends, 1);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
 
 #include "contract/Contract.h"
@@ -84,31 +85,64 @@ TEST_F(ChildCollection, MayBeChangedWhileItIsWalked) {
   EXPECT_EQ(visited, 1U);
 }
 
-/// The end of the child that gives way is seen by an observer, who has the next one made.
-TEST(ChildThatGivesWay, IsFollowedByOneChildAlthoughAnObserverOfItsEndAsksForItToo) {
+/// The end of the child that gives way is seen by an observer, who does something about it.
+class ChildThatGivesWay : public ::testing::Test {
+ protected:
+  /// Puts another record into the place of that of fw1.
+  Ptr<DevicePolicyList> renewedRecord() {
+    world.status->devicePolicyListDel("fw1");
+    const auto record = world.status->devicePolicyListIs("fw1");
+    record->netVrfNameByVrfIs("red", "net-red");
+    return record;
+  }
+  /// Has the child give way; `act` runs when it ends.
+  void giveWay(const std::function<void()>& act) {
+    int asked = 0;
+    const Kel::Observer asking(*policySetV2, [&](Kel::AttrId, const void*) {
+      if (++asked == 1) {
+        act();
+      }
+    });
+    root->handlePolicySet();
+    EXPECT_GE(asked, 1);
+  }
+
   World world;
-  const auto root = VelaPolicyMonitor::policyTranslateRootSmFactory(
-      world.policySrcV1, world.policySrcV2, world.status);
-  const auto before = root->perDeviceSm("fw1");
-  ASSERT_NE(before, nullptr);
-  world.status->devicePolicyListDel("fw1");
-  const auto record = world.status->devicePolicyListIs("fw1");
-  record->netVrfNameByVrfIs("red", "net-red");
-  const auto policySetV2 = world.policySrcV2->policySet("fw1");
-  int asked = 0;
-  const Kel::Observer asking(*policySetV2, [&](Kel::AttrId, const void*) {
-    if (++asked == 1) {
-      root->handlePolicySet();
-    }
-  });
-  root->handlePolicySet();
-  EXPECT_GE(asked, 1);
+  Ptr<PolicyTranslateRootSm> root =
+      policyTranslateRootSmFactory(world.policySrcV1, world.policySrcV2, world.status);
+  Ptr<PolicyTranslatePerDeviceSm> before = root->perDeviceSm("fw1");
+  Ptr<VelaL3V2::VelaPolicySetConfig> policySetV2 = world.policySrcV2->policySet("fw1");
+};
+
+TEST_F(ChildThatGivesWay, IsFollowedByOneChildAlthoughAnObserverOfItsEndAsksForItToo) {
+  const auto record = renewedRecord();
+  giveWay([&] { root->handlePolicySet(); });
   EXPECT_EQ(root->perDeviceSm().size(), 1U);
   const auto after = root->perDeviceSm("fw1");
   ASSERT_NE(after, nullptr);
   EXPECT_NE(after, before);
   EXPECT_EQ(after->policyList(), record);
   EXPECT_EQ(policySetV2->policy().size(), 1U);
+}
+
+TEST_F(ChildThatGivesWay, IsFollowedByTheChildOfTheCallAlthoughAnObserverMakesOneOfOtherObjects) {
+  const auto record = renewedRecord();
+  giveWay([&] {
+    const auto other = renewedRecord();
+    root->handlePolicySet();
+    EXPECT_EQ(root->perDeviceSm("fw1")->policyList(), other);
+  });
+  EXPECT_EQ(root->perDeviceSm().size(), 1U);
+  EXPECT_EQ(root->perDeviceSm("fw1")->policyList(), record);
+  EXPECT_EQ(policySetV2->policy().size(), 1U);
+}
+
+TEST_F(ChildThatGivesWay, IsFollowedByNoneWhenAnObserverBringsItsOwnerToItsEnd) {
+  renewedRecord();
+  giveWay([&] { root->retire(); });
+  EXPECT_TRUE(root->perDeviceSm().empty());
+  EXPECT_TRUE(world.policySrcV2->policySet().empty());
+  EXPECT_TRUE(policySetV2->policy().empty());
 }
 
 }  // namespace

@@ -145,7 +145,18 @@ TYPED_TEST(Life, CanBeReachedThroughTheRowsOfItsAttributes) {
       ++inputs;
       EXPECT_NE(row.find(*sm, nullptr), nullptr) << row.name;
     } else if (row.kind == Kel::RowKind::children) {
-      children += row.size(*sm);
+      struct Seen {
+        const Kel::Row& row;
+        const TypeParam& sm;
+        std::size_t children;
+      } seen{row, *sm, 0};
+      row.walk(*sm, &seen, [](void* context, const void* key, const void* child) {
+        auto& all = *static_cast<Seen*>(context);
+        ++all.children;
+        EXPECT_EQ(all.row.find(all.sm, key), child);
+      });
+      EXPECT_EQ(seen.children, row.size(*sm));
+      children += seen.children;
     } else if (row.kind == Kel::RowKind::single) {
       children += row.find(*sm, nullptr) == nullptr ? 0 : 1;
     }

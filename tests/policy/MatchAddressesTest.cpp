@@ -207,6 +207,9 @@ TEST_F(MatchAddresses, WithoutVersionOneEveryAddressGoes) {
   EXPECT_TRUE(v2->srcIp().empty());
   EXPECT_TRUE(v2->dstIpRange().empty());
   EXPECT_TRUE(marked());
+  v2->srcIpIs(kP);
+  sm->handleSrcIp(kP);
+  EXPECT_TRUE(v2->srcIp().empty());
 }
 
 TEST_F(MatchAddresses, WithoutVersionTwoARemovalIsHarmless) {

@@ -159,6 +159,16 @@ TEST_F(PerServiceDevice, KeepsAChildThatWasBuiltFromTheSameObjects) {
   EXPECT_EQ(device->perVrfSm(VrfName("red")), child);
 }
 
+TEST_F(PerServiceDevice, ReplacesAChildThatIsToHaveAnotherNetworkVrfName) {
+  const auto vrfV1 = fillVrf();
+  const auto device = makeDevice();
+  const auto before = device->perVrfSm(VrfName("red"));
+  const auto child = device->perVrfSmIs(VrfName("red"), "net-other", vrfV1, netVrf());
+  EXPECT_NE(child, before);
+  EXPECT_EQ(child->netVrfName(), "net-other");
+  EXPECT_EQ(device->perVrfSm(VrfName("red")), child);
+}
+
 TEST_F(PerServiceDevice, TheWalkDeletesTheEntryOfAVrfThatIsMappedElsewhere) {
   v1->vrfIs(VrfName("red"));
   record->netVrfNameByVrfIs("red", "new");

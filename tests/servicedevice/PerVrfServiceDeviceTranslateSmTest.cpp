@@ -222,6 +222,15 @@ TEST_F(PerVrfServiceDevice, ReplacesTheChildOfAnInterfaceThatWasReplaced) {
   EXPECT_EQ(old->publisher().subscriberCount(), 0U);
 }
 
+TEST_F(PerVrfServiceDevice, ReplacesAChildThatIsToWriteToAnotherInterface) {
+  const auto intfV1 = v1->l3IntfIs(one);
+  const auto vrf = makeVrf();
+  const auto other = sourceV2->serviceDeviceIs("fw2")->netVrfIs("n")->l3IntfIs(one);
+  const auto child = vrf->perL3IntfSmIs(one, intfV1, other, vrf->cookie());
+  EXPECT_EQ(child->l3IntfConfigV2(), other);
+  EXPECT_EQ(vrf->perL3IntfSm(one), child);
+}
+
 TEST_F(PerVrfServiceDevice, CleanupKeepsInitCompleteTheNameAndTheTimeStamp) {
   v1->l3IntfIs(one);
   const auto vrf = makeVrf();

@@ -212,6 +212,15 @@ TEST_F(ServiceDeviceTranslateRoot, ReplacesTheChildOfADeviceThatWasReplacedInPla
   EXPECT_EQ(live<PerServiceDeviceTranslateSm>(), 1U);
 }
 
+TEST_F(ServiceDeviceTranslateRoot, ReplacesAChildThatIsToWriteToAnotherDevice) {
+  const auto v1 = deviceV1();
+  const auto root = makeRoot();
+  const auto other = sourceV2->serviceDeviceIs("fw2");
+  const auto child = root->perDeviceSmIs("fw1", v1, other, record);
+  EXPECT_EQ(child->sdConfigV2(), other);
+  EXPECT_EQ(root->perDeviceSm("fw1"), child);
+}
+
 TEST_F(ServiceDeviceTranslateRoot, AChildThatIsMadeWhileTheRootIsSilentIsNotSilent) {
   const auto root = makeRoot();
   root->hasNotificationActiveIs(false);

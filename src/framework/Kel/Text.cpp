@@ -13,8 +13,7 @@ bool parseUnsigned(std::string_view text, unsigned long long largest, unsigned l
   unsigned long long number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (text.empty() || stop != end ||
-      (error != std::errc() && error != std::errc::result_out_of_range)) {
+  if (text.empty() || stop != end) {
     why = "\"" + std::string(text) + "\" is not a whole number; expected 0 to " + textOf(largest);
     return false;
   }

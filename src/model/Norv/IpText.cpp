@@ -109,7 +109,7 @@ char* printAddress(char* at, const IpGenAddr& value) noexcept {
 }
 
 bool failDecimal(std::string_view digits, unsigned most, std::string_view name, std::string& why) {
-  const bool leadingZero = digits.size() > 1 && digits[0] == '0';
+  const bool leadingZero = digits[0] == '0';  // zero alone is never wrong
   why = std::string(name) + ' ' + shown(digits) +
         (leadingZero ? " has a leading zero" : " is above " + std::to_string(most));
   return false;

@@ -54,6 +54,18 @@ TEST(EntryMap, FindsByTheKeyThatTheEntryItselfHolds) {
   EXPECT_EQ(map.size(), 1U);
 }
 
+TEST(EntryMapDeathTest, TakesNoSecondEntryOfAKeyInATestBuild) {
+  NamedMap map;
+  map.insert(Named::make("web"));
+  EXPECT_DEBUG_DEATH(
+      {
+        map.insert(Named::make("web"));
+        map.take("web");
+      },
+      "the key is in the map already");
+  EXPECT_EQ(map.size(), 1U);
+}
+
 TEST(EntryMap, FindsTextOfEveryKindWithoutMakingAString) {
   NamedMap map;
   for (int i = 0; i != 100; ++i) {

@@ -147,6 +147,18 @@ TEST(Segments, ATraceThatCannotBePutAsideIsNotOverwritten) {
   }
 }
 
+TEST(Segments, MetadataThatCannotBePutAsideAreNotOverwritten) {
+  const Folder folder("fixed");
+  std::filesystem::create_directory(folder.path());
+  std::ofstream(folder.path() + "/metadata") << "text";
+  std::string why;
+  withFailing({SYS_renameat, EXDEV},
+              [&] { EXPECT_EQ(Lumo::TraceFile::open(folder.path(), 4096, 2, why), nullptr); });
+  EXPECT_EQ(why, "cannot move the trace of the previous process from " + folder.path() + " to " +
+                     folder.previous() + ": Invalid cross-device link");
+  EXPECT_EQ(folder.content("metadata"), "text");
+}
+
 TEST(Segments, FilesThatAreNotOfATraceAreLeftAlone) {
   const Folder folder("foreign");
   std::filesystem::create_directory(folder.path());
@@ -258,6 +270,14 @@ TEST(ReplaceFile, LeavesTheOldContentWhereTheNewCannotBeMade) {
   std::filesystem::create_directory(file.aside());
   EXPECT_FALSE(file.replace("new"));
   EXPECT_EQ(file.folder.content("name"), "old");
+}
+
+TEST(ReplaceFile, LeavesAFolderWhereItIs) {
+  const Replacing file;
+  std::filesystem::remove(file.folder.path() + "/name");
+  std::filesystem::create_directory(file.folder.path() + "/name");
+  EXPECT_FALSE(file.replace("new"));
+  EXPECT_TRUE(std::filesystem::is_directory(file.folder.path() + "/name"));
 }
 
 TEST(ReplaceFile, LeavesTheOldContentOnAFullDisk) {

@@ -48,7 +48,9 @@ TEST(Listening, TheLevelsOfTheBinaryTraceAreKeptWithoutARing) {
   {
     const TestSupport::RingCapture ring;
     EXPECT_EQ(Pario::listening.load(), 0x1c00000U);
+    EXPECT_EQ(Pario::binaryLevels(), 0x1c0U);
     Pario::binaryLevelsAre(0xffffffff);
+    EXPECT_EQ(Pario::binaryLevels(), 0x3ffU);
     EXPECT_EQ(Pario::listening.load(), 0x3ff0000U);
   }
 }

@@ -60,6 +60,7 @@ TEST(Scope, NarrowsToAHandlerByItsWholeName) {
 }
 
 TEST(Scope, IsWhatWasSet) {
+  EXPECT_EQ(Pario::scope().handler, "");
   const Scoped scope({0xff, 0x12, "f"});
   EXPECT_EQ(Pario::scope().mask, 0xffU);
   EXPECT_EQ(Pario::scope().value, 0x12U);

@@ -289,6 +289,45 @@ TEST(Write, ARecordThatDoesNotFitIsLostAndTheNextIsNot) {
   EXPECT_EQ(lines, Lines{std::string(kScope) + kForm + " small"});
 }
 
+TEST(Write, ARecordOfAKnownSiteIsWrittenToANewRingAndToANewSegment) {
+  for (int round = 0; round != 2; ++round) {
+    RingCapture ring(4096, 8);
+    const Pario::Event event;
+    for (std::uint32_t number = 0; number != 500; ++number) {  // more than four segments
+      trace(6, 370, " number ", number);
+    }
+    const Lines lines = ring.take();
+    ASSERT_EQ(lines.size(), 500U);
+    EXPECT_TRUE(lines.front().ends_with(" number 0"));
+    EXPECT_TRUE(lines.back().ends_with(" number 499"));
+  }
+}
+
+TEST(Write, ASiteThatTheTextTraceHasMetFirstIsWrittenToTheBinaryTrace) {
+  RingCapture ring;
+  trace(6, 371, " first");
+  for (const bool toText : {true, false}) {
+    Pario::binaryLevelsAre(toText ? 0 : Kel::TextTrace::kAllLevels);
+    TraceCapture text(toText ? "0-9" : "none");
+    trace(6, 372, " later");
+    EXPECT_EQ(text.take().size(), toText ? 1U : 0U);
+  }
+  EXPECT_EQ(ring.take().size(), 2U);
+}
+
+TEST(Write, ARingThatGoesJustWhenARecordIsToBeWrittenIsMissedByNobody) {
+  RingCapture ring;
+  trace(6, 380, " before");
+  // Without its observer `listening` is what another thread still sees at that moment.
+  const auto observer = Lumo::defaultHandleObserverIs(nullptr);
+  Lumo::TraceFile* const gone = Lumo::defaultHandleIs(nullptr);
+  EXPECT_TRUE(Pario::on(6));
+  trace(6, 380, " nowhere");
+  Lumo::defaultHandleIs(gone);
+  Lumo::defaultHandleObserverIs(observer);
+  EXPECT_EQ(ring.take().size(), 1U);
+}
+
 TEST(Write, WithoutMemoryForALineItIsLostAndTheNextIsNot) {
   TraceCapture text;
   const std::string name(100, 'n');

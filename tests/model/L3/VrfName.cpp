@@ -65,6 +65,17 @@ TEST(VrfName, HoldsAtMostAHundredBytes) {
   EXPECT_EQ(messageOf([] { return VrfName(Brix::String(hundredAndOne)); }), message);
 }
 
+TEST(VrfName, OfEveryLengthUpToTheLongestIsTakenAndRead) {
+  for (std::size_t size = 0; size <= 100; ++size) {
+    const std::string text(size, 'v');
+    EXPECT_EQ(VrfName(text).stringValue(), text);
+    VrfName value("before");
+    std::string why;
+    EXPECT_TRUE(kelParse(text, value, why)) << size << why;
+    EXPECT_EQ(value, text);
+  }
+}
+
 TEST(VrfName, CountsBytesAndNotCharacters) {
   std::string umlauts;
   for (int i = 0; i < 50; ++i) umlauts += "\xc3\xbc";
