@@ -141,6 +141,7 @@ void AgentRun::turn() {
     documents_.readAgain(*engine_);
   }
   keep();
+  tellOfTrace();
   service_->look();
   clients_->send(*service_);
 }
@@ -165,6 +166,16 @@ std::optional<std::string> AgentRun::sync() {
   return notOnDisk_;
 }
 
+/// A text trace that loses lines is no reason to end, and is told of once.
+void AgentRun::tellOfTrace() {
+  if (!traceTold_) {
+    if (const std::string why = trace_->whyNotWhole(); !why.empty()) {
+      diary_.say({why});
+      traceTold_ = true;
+    }
+  }
+}
+
 std::optional<std::chrono::milliseconds> AgentRun::patience() const {
   const auto ofService = service_->patience();
   const auto ofState = state_ ? state_->patience() : std::nullopt;
@@ -177,7 +188,7 @@ void AgentRun::end() {
     state_->end(trees_);
   }
   diary_.say({"stopped by ", service_->isOver() ? "a client" : signals_.stop()});
-  trace_.reset();  // how the trees are taken down is no part of what the agent did
+  trace_->end();  // how the trees are taken down is no part of what the agent did
   if (output_) {
     Answers(*output_, trees_, engine_->session()).end();
     output_->commit();

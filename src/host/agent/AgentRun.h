@@ -35,6 +35,7 @@ class AgentRun {
   void record();
   void turn();
   void keep();
+  void tellOfTrace();
   std::optional<std::string> sync();
   std::optional<std::chrono::milliseconds> patience() const;
 
@@ -53,6 +54,7 @@ class AgentRun {
   std::optional<std::string> notOnDisk_;
   std::optional<Recording> recording_;
   std::optional<Tracing> trace_;
+  bool traceTold_ = false;
   const HandlerMeasurement measurement_;
   std::optional<Engine> engine_;
   Loop loop_;

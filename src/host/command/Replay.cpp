@@ -113,7 +113,7 @@ int replay(const ReplayRequest& request, const RunOptions& options, const Consol
   if (!options.output.empty()) {
     file.emplace(options.output);
   }
-  std::optional<Tracing> trace(options);
+  Tracing trace(options);
   std::optional<Recording> recording;
   if (!request.record.empty()) {
     recording.emplace(request.record, [](const std::string& why) { throw OutputError(why); });
@@ -141,10 +141,11 @@ int replay(const ReplayRequest& request, const RunOptions& options, const Consol
     }
   }
   run.end();
-  trace.reset();  // how the trees are taken down again is no part of a replay
+  trace.end();  // how the trees are taken down again is no part of a replay
   if (file) {
     file->commit();
   }
+  trace.check();
   return run.anythingWrong() ? kDifferent : kDone;
 }
 

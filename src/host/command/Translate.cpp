@@ -43,13 +43,13 @@ int translate(const std::vector<std::string>& documents, Kel::Seconds time,
   if (!options.output.empty()) {
     file.emplace(options.output);
   }
-  std::optional<Tracing> trace(options);
+  Tracing trace(options);
   const VirtualClock clock(time);
   const auto policies =
       VelaPolicyMonitor::policyTranslateRootSmFactory(trees.policyV1, trees.policyV2, trees.status);
   const auto serviceDevices = VelaPolicyMonitor::serviceDeviceTranslateRootSmFactory(
       trees.serviceDeviceV1, trees.serviceDeviceV2, trees.status);
-  trace.reset();  // how the trees are taken down again is no part of a translation
+  trace.end();  // how the trees are taken down again is no part of a translation
 
   progress.begin("printing", 0);
   if (file) {
@@ -58,6 +58,7 @@ int translate(const std::vector<std::string>& documents, Kel::Seconds time,
   } else {
     print(trees, console.out);
   }
+  trace.check();
   return kDone;
 }
 

@@ -52,6 +52,7 @@ void Tracing::openText(const RunOptions& options) {
   if (sink == nullptr) {
     throw OutputError(concat({file, ": the trace cannot be written: ", why}));
   }
+  textName_ = file == "-" ? "standard error" : file;
   sinkBefore_ = Kel::TextTrace::sinkIs(std::move(sink));
   facility_.levelsAre(options.traceLevels);
 }
@@ -82,7 +83,9 @@ void Tracing::levelsAre(Kel::TextTrace::Levels levels) {
   }
 }
 
-Tracing::~Tracing() {
+Tracing::~Tracing() { end(); }
+
+void Tracing::end() {
   Pario::scopeIs({});
   facility_.levelsAre(levelsBefore_);
   if (sinkBefore_ != nullptr) {
@@ -91,6 +94,21 @@ Tracing::~Tracing() {
   if (ring_ != nullptr) {
     Lumo::defaultHandleIs(ringBefore_);
     Pario::binaryLevelsAre(Kel::TextTrace::kAllLevels);
+    ring_.reset();
+  }
+}
+
+std::string Tracing::whyNotWhole() const {
+  const std::uint64_t lost = Kel::TextTrace::linesLost() - lostBefore_;
+  return lost == 0 || textName_.empty()
+             ? ""
+             : concat({textName_, ": lines of the trace that could not be written: ",
+                       std::to_string(lost), "; is the disk full?"});
+}
+
+void Tracing::check() const {
+  if (const std::string why = whyNotWhole(); !why.empty()) {
+    throw OutputError(why);
   }
 }
 

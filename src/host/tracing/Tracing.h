@@ -25,6 +25,14 @@ class Tracing {
   Kel::TextTrace::Levels levels() const;
   void levelsAre(Kel::TextTrace::Levels levels);
 
+  /// Nothing is traced any more.
+  void end();
+  /// What to say of lines that the text trace has lost, on a full disk for instance; empty when it
+  /// has all.
+  std::string whyNotWhole() const;
+  /// Raises OutputError when the text trace has lost lines.
+  void check() const;
+
  private:
   void openText(const RunOptions& options);
   void openRing(const RunOptions& options);
@@ -32,7 +40,9 @@ class Tracing {
   Kel::TextTrace::Facility& facility_;
   const Kel::TextTrace::Levels levelsBefore_;
   std::shared_ptr<Kel::TextTrace::Sink> sinkBefore_;  // null: the text trace was left alone
-  std::unique_ptr<Lumo::TraceFile> ring_;             // null: the binary trace was left alone
+  std::string textName_;
+  const std::uint64_t lostBefore_ = Kel::TextTrace::linesLost();
+  std::unique_ptr<Lumo::TraceFile> ring_;  // null: the binary trace was left alone
   Lumo::TraceFile* ringBefore_ = nullptr;
 };
 

@@ -55,5 +55,17 @@ TEST_F(AgentTraces, AndMeasuresWhatItsHandlersDo) {
   EXPECT_THAT(stats, HasSubstr(R"("postponed":)"));
 }
 
+TEST_F(AgentTraces, AndTellsOnceWhenItsTextTraceLosesLines) {
+  start({"--trace", "/dev/full"});
+  TestClient client = agent_->client();
+  client.ask(update(kWeb + "/tags", R"("b")"));
+  client.ask(update(kWeb + "/tags", R"("c")"));
+  EXPECT_EQ(agent_->stop(), 0);
+  const std::string said = agent_->said();
+  const std::string lost = "vpm: /dev/full: lines of the trace that could not be written: ";
+  EXPECT_THAT(said, HasSubstr(lost));
+  EXPECT_THAT(said.substr(said.find(lost) + 1), Not(HasSubstr(lost)));
+}
+
 }  // namespace
 }  // namespace HostTests

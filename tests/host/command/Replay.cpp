@@ -400,5 +400,12 @@ TEST_F(Replay, WritesToAFileWholeOrNotAtAll) {
   EXPECT_EQ(run({}, {"--output", folder_.path("no/out.json")}).exitCode, 3);
 }
 
+TEST_F(Replay, FailsWhenLinesOfTheTraceAreLostButAnswersAll) {
+  const Outcome outcome = run({R"("show":["v2"])"}, {"--trace", "/dev/full"});
+  EXPECT_EQ(outcome.exitCode, 3);
+  EXPECT_EQ(outcome.out, run({R"("show":["v2"])"}).out);
+  EXPECT_THAT(outcome.err, HasSubstr("/dev/full: lines of the trace that could not be written: "));
+}
+
 }  // namespace
 }  // namespace HostTests

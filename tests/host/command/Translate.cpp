@@ -312,6 +312,18 @@ TEST(Translate, FailsWhenTheOutputCannotBeWritten) {
   EXPECT_EQ(runVpm({"translate", file, "--trace", folder.path("no/trace")}).exitCode, 3);
 }
 
+TEST(Translate, FailsWhenLinesOfTheTraceAreLostButPrintsAll) {
+  const Folder folder;
+  const std::string file = folder.write("site.json", withOrigin(""));
+  const Outcome outcome =
+      runVpm({"translate", file, "--trace", "/dev/full", "--trace-levels", "6"});
+  EXPECT_EQ(outcome.exitCode, 3);
+  EXPECT_EQ(outcome.out, runVpm({"translate", file}).out);
+  EXPECT_EQ(outcome.err,
+            "vpm: error: /dev/full: lines of the trace that could not be written: 4; is the disk "
+            "full?\n");
+}
+
 TEST(Translate, WritesTheTraceThatIsAskedFor) {
   const Folder folder;
   const std::string file = folder.write("site.json", withOrigin(""));
