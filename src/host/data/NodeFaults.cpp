@@ -65,8 +65,8 @@ std::string whyNoNode(const Node& parent, std::string_view name) {
                  meant.empty() ? concat({"; expected ", joined(names)}) : meant});
 }
 
-std::string whyState(const Node& node) {
-  return concat({"\"", node.parent == nullptr ? qualifiedName(node) : node.name,
+std::string whyState(const Node& top) {
+  return concat({"\"", qualifiedName(top),
                  "\" is state that the translation alone writes; leave it out of the document"});
 }
 

@@ -17,8 +17,8 @@ std::string whyNotLeftOver(std::string_view name);
 std::string whyReadOnly(const Node& node);
 /// `name` is no child of `parent`.
 std::string whyNoNode(const Node& parent, std::string_view name);
-/// `node` cannot be configured.
-std::string whyState(const Node& node);
+/// `top` cannot be configured.
+std::string whyState(const Node& top);
 
 /// `name` without the prefix of the module that defines `parent`; another prefix stays. Below the
 /// top RFC 7951 asks for a prefix only where the module changes, which it never does here.

@@ -24,6 +24,7 @@ void DocumentWalk::document(simdjson::ondemand::document& document) {
     return fault(take(document.raw_json_token()),
                  concat({"expected an object, found ", Host::nameOf(kind)}));
   }
+  wholeDocument_ = true;
   containers(take(document.get_object()));
   if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
     JsonTokens::stumble();  // there is more behind the object
@@ -108,11 +109,21 @@ void DocumentWalk::members(const Node& node, Object object) {
       continue;
     }
     if (child->state && content_ == Content::configuration) {
-      fault(quoted(name), whyState(*child));
+      passOver(*child, name, take(field.value()));
     } else if (!child->isKey()) {
       value(*child, take(field.value()));
     }
   }
+}
+
+/// The flags of a record are no input: a document may hold them, since a run prints them beside the
+/// rest of the record, and a change may not.
+void DocumentWalk::passOver(const Node& flag, std::string_view name, Value value) {
+  if (!wholeDocument_) {
+    return fault(quoted(name), whyReadOnly(flag));
+  }
+  Kel::AnyValue unused(*flag.type);
+  leaf(flag, value, unused.get());
 }
 
 void DocumentWalk::list(const Node& node, Array array) {

@@ -63,6 +63,7 @@ class DocumentWalk {
   bool isPartOfAnswer(std::string_view name) const;
   void value(const Node& node, Value value);
   void members(const Node& node, Object object);
+  void passOver(const Node& flag, std::string_view name, Value value);
   void list(const Node& node, Array array);
   void entry(const Node& list, Value value, void* key);
   void leafListEntry(const Node& list, Value value, void* place);
@@ -88,6 +89,7 @@ class DocumentWalk {
   const std::size_t mostFaults_;
   const Content content_;
   std::atomic<std::size_t>* const done_;
+  bool wholeDocument_ = false;  // and not the value of a change
   bool ignored_ = false;
   ScalarReader scalars_;
   std::vector<Step> steps_;  // from the top to where the walk is

@@ -157,6 +157,18 @@ TEST(Translate, PrintsAMatchThatIsThereAndEmpty) {
   EXPECT_THAT(translate({withOrigin(R"(, "match": {})")}).out, HasSubstr("\"match\": {},"));
 }
 
+TEST(Translate, IgnoresTheFlagsThatARunHasPrintedWithTheRecords) {
+  const Folder folder;
+  const std::string site = folder.write("site.json", R"({"vela-l3:policy-source": {"policy-set": [
+    {"device-name": "fw1"}]}})");
+  const std::string record = R"({"vela-policy-monitor:status": {"device-policy-list": [{
+    "device-name": "fw1", "policy-converge": false, "service-device-converge": true}]}})";
+  const Outcome outcome = runVpm({"translate", site, folder.write("status.json", record)});
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr(R"("policy-converge": true)"));
+  EXPECT_THAT(outcome.out, HasSubstr(R"("service-device-converge": false)"));
+}
+
 TEST(Translate, FindsAKeyWhereverItStands) {
   const std::string first =
       R"({"vela-l3:policy-source": {"policy-set": [{"device-name": "fw1", "policy": [{
