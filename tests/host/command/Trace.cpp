@@ -234,17 +234,19 @@ TEST(Trace, OfNothingIsRefused) {
     return outcome.err;
   };
   EXPECT_THAT(refused(run.folder.path("nothing")),
-              HasSubstr("/metadata: cannot be read: No such file or directory"));
+              HasSubstr("/nothing: cannot be read: No such file or directory"));
   std::filesystem::create_directory(run.folder.path("empty"));
-  EXPECT_THAT(refused(run.folder.path("empty")), HasSubstr("empty/metadata: cannot be read"));
-  EXPECT_THAT(refused(run.text()), HasSubstr("/metadata: cannot be read"));
+  EXPECT_THAT(refused(run.folder.path("empty")), HasSubstr("/empty: this is no trace, as "));
+  EXPECT_THAT(refused(run.text()),
+              HasSubstr(run.text() + ": this is no trace, as there is no " +
+                        run.folder.path("metadata") + "; expected the folder of --trace-file"));
   run.folder.write("trace/segment-0003", "something else");
   EXPECT_THAT(refused(run.trace()), HasSubstr("segment-0003: this is no segment of a trace"));
   const std::string metadata = run.folder.read("trace/metadata");
   run.folder.write("trace/metadata", metadata.substr(0, metadata.size() / 2));
   EXPECT_THAT(refused(run.trace()), HasSubstr("the file is cut off"));
   std::filesystem::remove(run.folder.path("trace/metadata"));
-  EXPECT_THAT(refused(run.trace()), HasSubstr("metadata: cannot be read"));
+  EXPECT_THAT(refused(run.trace()), HasSubstr("/trace: this is no trace, as there is no "));
 }
 
 TEST(Trace, WithADamagedSegmentIsPrintedUpToTheDamage) {
