@@ -48,7 +48,8 @@ bool parseSeconds(std::string_view text, Seconds& value, std::string& why) {
   };
   if (!isDigits(whole) || !isDigits(fraction) || fraction.size() > 6 || whole.size() > 12) {
     why = "\"" + std::string(text) +
-          "\" is not a time; expected seconds such as 12.5, at most six digits after the point";
+          "\" is not a time; expected seconds such as 12.5, at most 12 digits before the point and "
+          "six after it";
     return false;
   }
   Seconds number = 0;

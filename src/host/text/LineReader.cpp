@@ -13,7 +13,11 @@
 namespace Host {
 namespace {
 
-std::string_view withoutEnd(std::string_view line) {
+/// The line with this number, as it was read.
+std::string_view bare(std::string_view line, std::size_t number) {
+  if (number == 1 && line.starts_with(kByteOrderMark)) {
+    line.remove_prefix(kByteOrderMark.size());
+  }
   return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
 }
 
@@ -31,7 +35,7 @@ std::optional<std::string_view> Lines::next() {
   const std::size_t end = std::min(text_.find('\n', at_), text_.size());
   const std::string_view line = text_.substr(at_, end - at_);
   at_ = end + 1;
-  return withoutEnd(line);
+  return bare(line, number_);
 }
 
 InputLines::InputLines() : InputLines(STDIN_FILENO, "standard input") {}
@@ -57,7 +61,7 @@ std::optional<std::string_view> InputLines::ready() {
   const std::string_view line = read.substr(begin_, end - begin_);
   begin_ = scanned_ = std::min(end + 1, end_);
   ++number_;
-  return withoutEnd(line);
+  return bare(line, number_);
 }
 
 void InputLines::fill() {

@@ -8,7 +8,7 @@
 namespace Host {
 
 /// Takes a text apart into its lines, which end with LF or CRLF; the last one may end with the
-/// text.
+/// text. A byte-order mark does not become part of the first one.
 class Lines {
  public:
   explicit Lines(std::string_view text) : text_(text) {}
@@ -24,7 +24,7 @@ class Lines {
   std::size_t number_ = 0;
 };
 
-/// Hands out the lines of a descriptor, which stays open, as they come.
+/// Hands out such lines of a descriptor, which stays open, as they come.
 class InputLines {
  public:
   /// Of standard input.

@@ -113,7 +113,6 @@ void SourceText::grow(std::size_t capacity) {
 
 void SourceText::finish(std::size_t size) {
   std::fill_n(bytes_.get() + size, kPadding, '\0');
-  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
   const bool marked = std::string_view(bytes_.get(), size).starts_with(kByteOrderMark);
   start_ = marked ? kByteOrderMark.size() : 0;
   size_ = size - start_;

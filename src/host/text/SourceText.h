@@ -7,6 +7,9 @@
 
 namespace Host {
 
+/// What some editors put before text in UTF-8; no part of the text.
+inline constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 /// A document's text in memory, with its name and its lines.
 ///
 /// It is read at once and not mapped: a file that somebody shortens meanwhile must not end the

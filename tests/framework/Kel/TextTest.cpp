@@ -85,7 +85,7 @@ TEST(Text, ReadsSecondsInPlainDecimalNotation) {
                            "1000000000000", "1,5", "--1", "1.-5"}) {
     EXPECT_EQ(refusal<Seconds>(text), "\"" + std::string(text) +
                                           "\" is not a time; expected seconds such as 12.5, at "
-                                          "most six digits after the point");
+                                          "most 12 digits before the point and six after it");
   }
 }
 

@@ -38,6 +38,18 @@ class Pipe {
   std::array<int, 2> ends_{-1, -1};
 };
 
+TEST(InputLines, LeavesOutAByteOrderMarkBeforeTheFirstLine) {
+  Pipe pipe;
+  InputLines lines(pipe.reader(), "the pipe");
+  pipe.put("\xef\xbb");
+  lines.fill();
+  pipe.put("\xbfone\n\xef\xbb\xbftwo\n");
+  lines.fill();
+  EXPECT_EQ(lines.ready(), "one");
+  EXPECT_EQ(lines.ready(), "\xef\xbb\xbftwo");
+  EXPECT_EQ(Host::Lines("\xef\xbb\xbfone\r\n").next(), "one");
+}
+
 TEST(InputLines, HandsOutALineOnlyOnceItIsWhole) {
   Pipe pipe;
   InputLines lines(pipe.reader(), "the pipe");
