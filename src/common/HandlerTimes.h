@@ -15,9 +15,9 @@ class HandlerTimes {
   struct Entry {
     std::string_view className;  ///< "VelaPolicyMonitor::PolicyTranslateRootSm"
     std::string_view form;       ///< "handlePolicySet(const String&)"
-    std::uint64_t calls = 0;
+    std::uint64_t calls;
     /// Without the handlers that ran inside of it: all entries together are the time of all runs.
-    Kel::Seconds seconds = 0;
+    Kel::Seconds seconds;
   };
   /// The handlers that have run, by class and form.
   static std::vector<Entry> all();

@@ -23,10 +23,10 @@ Kel::String NameEncoder::encode(const NameSet& names) {
 }
 
 NameSet NameEncoder::decode(const Kel::String& text) {
-  NameSet names;
   if (text.empty()) {
-    return names;
+    return {};
   }
+  NameSet names;
   constexpr std::size_t kUsualName = 100;
   std::string component;
   component.reserve(kUsualName);

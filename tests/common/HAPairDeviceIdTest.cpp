@@ -129,6 +129,7 @@ TEST(HAPairDeviceId, ReadsTheWholeOfAText) {
 TEST(HAPairDeviceId, IsKnownToTheFrameworkByItsName) {
   const Kel::ValueType& type = Kel::valueTypeOf<HAPairDeviceId>();
   EXPECT_STREQ(type.name, "VelaPolicyMonitor::HAPairDeviceId");
+  EXPECT_EQ(type.encoding, Kel::Encoding::string);
   Kel::AnyValue value(type);
   std::string why;
   EXPECT_TRUE(type.parse("a:b_HAPair", value.get(), why));

@@ -3,12 +3,12 @@
 #include <chrono>
 #include <optional>
 #include <thread>
-#include <tuple>
 
 #include "Pario/Listening.h"
 #include "common/HandlerTimes.h"
 #include "common/Handling.h"
 #include "framework/Kel/FailingMemory.h"
+#include "common/IdleMachine.h"
 
 namespace VelaPolicyMonitor {
 namespace {
@@ -84,17 +84,8 @@ TEST(HandlerTimes, ARunThatFindsNoMemoryIsNotMeasuredAndTheNextIs) {
 
 TEST(HandlerTimes, AHandlerIsMeasuredWhenItBeganWhileThatWasOn) {
   HandlerTimes::forget();
-  struct Machine : TranslateSm {
-    Machine() { start(*this); }
-    static std::tuple<> parts() { return {}; }
-    static void handleInitialized() {}
-    const TracePlace& tracePlace() const { return place; }
-    Kel::FwkType fwkType() const noexcept override { return {}; }
-    void tearDown() noexcept override {}
-    TracePlace place;
-  };
   static constexpr TraceScope kTrace{kScope, "return"};
-  const Brix::Ptr<Machine> machine(new Machine, Brix::adopt);
+  const Brix::Ptr<CommonTests::IdleMachine> machine(new CommonTests::IdleMachine, Brix::adopt);
   std::optional<Handling> before(std::in_place, *machine, kTrace, "before()");
   std::optional<Handling> within;
   {
