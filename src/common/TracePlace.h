@@ -102,8 +102,5 @@ struct OnRule {
     return Pario::Place{number == 0 || number > kLast ? kLast : number} << 41U;
   }
 };
-struct Nowhere {
-  Pario::Place bits() const noexcept { return 0; }
-};
 
 }  // namespace VelaPolicyMonitor

@@ -7,8 +7,8 @@
 #include "Pario/Listening.h"
 #include "common/HandlerTimes.h"
 #include "common/Handling.h"
-#include "framework/Kel/FailingMemory.h"
 #include "common/IdleMachine.h"
+#include "framework/Kel/FailingMemory.h"
 
 namespace VelaPolicyMonitor {
 namespace {

@@ -67,5 +67,12 @@ TEST(TracePlace, TheBitsOfANameNeverChange) {
   EXPECT_EQ(OnVrf{"red"}.bits(), 1647959867392U);
 }
 
+TEST(TracePlace, TheBitsOfAPriorityNeverChange) {
+  EXPECT_EQ(OnRule{10000}.bits(), Pario::Place{1} << 41U);
+  EXPECT_EQ(OnRule{30000}.bits(), Pario::Place{20001} << 41U);
+  EXPECT_EQ(OnRule{9999}.bits(), Pario::Place{32767} << 41U);
+  EXPECT_EQ(OnRule{4294967295}.bits(), Pario::Place{32767} << 41U);
+}
+
 }  // namespace
 }  // namespace VelaPolicyMonitor

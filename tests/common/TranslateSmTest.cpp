@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <new>
+#include <stdexcept>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -64,6 +68,46 @@ TEST_F(LifeOfAMachine, CountsWhatWasPostponedAndTheMostAtOnce) {
   EXPECT_EQ(TranslateSm::postponed().atOnce, 100U);
 }
 
+const TranslateSm::Postponed kBeforeMain = TranslateSm::postponed();
+
+TEST(PostponedCalls, AreCountedFromNothingOn) {
+  EXPECT_EQ(kBeforeMain.calls, 0U);
+  EXPECT_EQ(kBeforeMain.atOnce, 0U);
+}
+
+TEST_F(LifeOfAMachine, IsCatchingUpOnlyWhileItServesWhatWasPostponed) {
+  bool during = false;
+  {
+    const Busy busy(*machine);
+    machine->postpone([&] { during = machine->catchingUp(); });
+    EXPECT_FALSE(machine->catchingUp());
+  }
+  EXPECT_TRUE(during);
+  EXPECT_FALSE(machine->catchingUp());
+}
+
+TEST_F(LifeOfAMachine, RaisesTheFirstExceptionOfWhatWasPostponedAndServesTheRest) {
+  const auto raise = [this](int number) {
+    postpone(number);
+    machine->postpone([number] { throw std::runtime_error(std::to_string(number)); });
+  };
+  try {
+    const Busy busy(*machine);
+    raise(1);
+    raise(2);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "1");
+    served.push_back(3);
+  }
+  EXPECT_EQ(served, (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(LifeOfAMachine, IsBusyForGoodOnceItHasEnded) {
+  EXPECT_FALSE(machine->busy());
+  machine->retire();
+  EXPECT_TRUE(machine->busy());
+}
+
 TEST_F(LifeOfAMachine, EndsOnce) {
   machine->retire();
   EXPECT_EQ(ends, 1);
@@ -118,6 +162,34 @@ TEST_F(LifeOfAMachine, IsServedNothingOnceNobodyHoldsIt) {
   }
   EXPECT_EQ(ends, 1);
   EXPECT_TRUE(served.empty());
+}
+
+/// Postpones a call in its first walk, which may fail then. All of this type lie in one place.
+struct InOnePlace : TranslateSm {
+  InOnePlace(std::string& log, bool failing) : served(log), fails(failing) { start(*this); }
+  static std::tuple<> parts() { return {}; }
+  void handleInitialized() {
+    postpone([&log = served, name = fails ? "failed" : "lives"] { log += name; });
+    if (fails) {
+      throw std::runtime_error("no machine");
+    }
+  }
+  Kel::FwkType fwkType() const noexcept override { return {}; }
+  void tearDown() noexcept override {}
+  static void* operator new(std::size_t /*size*/) { return place.data(); }
+  static void operator delete(void* /*object*/) {}
+
+  std::string& served;
+  bool fails;
+  alignas(16) static inline std::array<std::byte, 128> place;
+};
+static_assert(sizeof(InOnePlace) <= 128);
+
+TEST(TranslateSm, LeavesNoCallToAnotherMachineInItsPlaceWhenItsFirstWalkFails) {
+  std::string served;
+  EXPECT_THROW(new InOnePlace(served, true), std::runtime_error);
+  const Brix::Ptr<InOnePlace> next(new InOnePlace(served, false), Brix::adopt);
+  EXPECT_EQ(served, "lives");
 }
 
 }  // namespace
