@@ -99,6 +99,20 @@ TYPED_TEST(Life, LeavesNobodyRegisteredAndNoMachineBehind) {
   EXPECT_EQ(liveMachines().size(), 0U);
 }
 
+/// Whether its creator has switched it on or its constructor alone has run.
+TYPED_TEST(Life, EndsSwitchedOffMarkedForDeletionRegisteredNowhereAndAlone) {
+  const auto end = [this](const Ptr<TypeParam>& sm) {
+    sm->retire();
+    EXPECT_FALSE(sm->hasNotificationActive());
+    EXPECT_TRUE(sm->kelMarkedForDeletion());
+    EXPECT_EQ(subscribersBelow(*TestFixture::M::top(this->world)), 0U);
+    EXPECT_EQ(this->registered(), this->each('0'));
+    EXPECT_TRUE(TestFixture::M::children(*sm).empty());
+  };
+  end(this->make());
+  end(this->constructed());
+}
+
 TYPED_TEST(Life, IsTheSameWithThreadSafePointers) {
   Kel::threadSafePointers.store(true);
   {
