@@ -76,6 +76,13 @@ TEST_F(PolicyTranslatePerDevice, DeletesAPolicyThatNoVrfMapsToBeforeItAddsAny) {
   EXPECT_EQ(noted(), (Lines{"delete stale", "create net-red"}));
 }
 
+TEST_F(PolicyTranslatePerDevice, APolicyWithoutANameGoesThoughAVrfHasNoneYet) {
+  policyV1();
+  sourceV2->policySetIs(Vela::DeviceName("fw1"))->policyIs("");
+  sm = make();
+  EXPECT_TRUE(setV2()->policy().empty());
+}
+
 TEST_F(PolicyTranslatePerDevice, RemovingAVrfThatNeverHadAChildDeletesNothing) {
   sm = make();
   map("ghost", "net-ghost");
@@ -271,6 +278,16 @@ TEST_F(PolicyTranslatePerDeviceDeathTest, WithoutVersionTwoAnAdditionStopsThePro
   EXPECT_DEATH(
       VelaPolicyMonitor::policyTranslatePerDeviceSmFactory("fw1", setV1(), nullptr, record),
       "handleVrf\\(const String&\\): assertion \"entity != nullptr\" failed: .*built without");
+}
+
+TEST_F(PolicyTranslatePerDevice, ReplacesAChildThatIsToHaveAnotherNetworkName) {
+  map();
+  policyV1();
+  sm = make();
+  const auto before = child();
+  const auto after = sm->perVrfSmIs(VrfName("red"), "net-other", policyV1(), policyV2());
+  EXPECT_NE(after, before);
+  EXPECT_EQ(after->netVrfName(), "net-other");
 }
 
 TEST_F(PolicyTranslatePerDevice, ReplacesAChildThatIsNamedByItsOwnKey) {

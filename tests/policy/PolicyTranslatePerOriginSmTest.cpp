@@ -226,6 +226,15 @@ TEST_F(PolicyTranslatePerOrigin, WithoutVersionOneItWritesNothing) {
   EXPECT_EQ(noted(), Lines{});
 }
 
+TEST_F(PolicyTranslatePerOrigin, WithoutVersionOneEveryModifierGoes) {
+  v2->policyModifierSetIs(VelaL3V2::VelaPolicyModifier::stateless);
+  sm = VelaPolicyMonitor::policyTranslatePerOriginSmFactory("web", nullptr, v2, cookie);
+  EXPECT_EQ(keys(v2->policyModifierSet()), Lines{});
+  v2->policyModifierSetIs(VelaL3V2::VelaPolicyModifier::symmetric);
+  sm->handleModifier(VelaL3::VelaPolicyModifier::symmetric);
+  EXPECT_EQ(keys(v2->policyModifierSet()), Lines{});
+}
+
 TEST_F(PolicyTranslatePerOrigin, WithoutVersionTwoAndVersionOneCleansUpWithoutHarm) {
   sm = VelaPolicyMonitor::policyTranslatePerOriginSmFactory("web", nullptr, nullptr, nullptr);
   sm->handleModifier(VelaL3::VelaPolicyModifier::symmetric);

@@ -61,6 +61,39 @@ TEST_F(PolicyTranslatePerVrfNotifiees, AreToldOnceOfAChildThatComesOrGoes) {
   EXPECT_EQ(noted(), Lines{}) << "there was no child";
 }
 
+TEST_F(PolicyTranslatePerVrfNotifiees, AreToldThePriorityAndTheChildItself) {
+  struct Listener final : Brix::Subscriber {
+    Listener()
+        : Subscriber([](const Brix::Publisher&, Subscriber& slot, AttrId, const void* key,
+                        const void* value) {
+            auto& self = static_cast<Listener&>(slot);
+            self.priority = keyOf<VelaL3::VelaPriority>(key).value();
+            self.child = value;
+          }) {}
+    std::uint32_t priority = 0;
+    const void* child = nullptr;
+  } listener;
+  sm->notifieeList().subscriberAdd(listener);
+  v1->ruleIs(p1(20000));
+  EXPECT_EQ(listener.priority, 20000U);
+  EXPECT_EQ(listener.child, static_cast<const Kel::PtrInterface*>(sm->perRuleSm(p1(20000)).get()));
+  v1->ruleIs(p1(15000));
+  v1->ruleDel(p1(20000));
+  EXPECT_EQ(listener.priority, 20000U);
+  EXPECT_EQ(listener.child, nullptr);
+  sm->notifieeList().subscriberRemove(listener);
+}
+
+TEST_F(PolicyTranslatePerVrfNotifiees, AreToldOfAChildThatIsRemovedAndHandedOut) {
+  v1->ruleIs(p1(20000));
+  noted();
+  const auto child = sm->perRuleSm(p1(20000));
+  EXPECT_EQ(sm->perRuleSmDel(p1(20000)), child);
+  EXPECT_EQ(noted(), Lines{"134 none"});
+  EXPECT_EQ(sm->perRuleSmDel(p1(20000)), nullptr);
+  EXPECT_EQ(noted(), Lines{});
+}
+
 TEST_F(PolicyTranslatePerVrfNotifiees, SeeTheCollectionAsItIsAfterTheChange) {
   Recorder counting{journal, [this](AttrId) { note(std::to_string(sm->perRuleSm().size())); }};
   KelBrix::removeLegacyNotifiee(*sm, recorder);
