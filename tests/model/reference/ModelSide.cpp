@@ -20,14 +20,15 @@ struct ModelSide::Observer : Subscriber {
       return;
     }
     --left;
-    side.world.line("# observed");
-    // A copy: an observer may be replaced by what it does.
+    ModelSide& to = side;
+    to.world.line("# observed");
+    // Copies: an observer may be deleted or replaced by what it does.
     const std::vector<Operation> nested = what.nested;
     for (const Operation& each : nested) {
       if (each.verb == Verb::raise) {
-        side.world.refuse(each.value == "even if that ends the process");
+        to.world.refuse(each.value == "even if that ends the process");
       }
-      side.apply(each);
+      to.apply(each);
     }
   }
 
