@@ -66,7 +66,7 @@ TEST(Segments, WhatTheProcessBeforeLeftIsKeptOnce) {
 }
 
 /// Whatever lies there, also what belongs to nobody.
-[[gnu::no_sanitize_address]] std::uint64_t wordAt(std::size_t address) {
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] std::uint64_t wordAt(std::size_t address) {
   return *reinterpret_cast<const std::uint64_t*>(address);
 }
 
