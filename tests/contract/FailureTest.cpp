@@ -5,6 +5,7 @@
 
 #include "contract/Contract.h"
 #include "framework/Kel/FailingMemory.h"
+#include "framework/Kel/NoSpareBlocks.h"
 
 namespace Contract {
 namespace {
@@ -104,6 +105,7 @@ TYPED_TEST(FailingConstruction, LeavesNothingBehindWhicheverAllocationFails) {
     TestFixture::M::args(own, [](const auto&...) {});
     TestFixture::M::add(own, 0);
     bool failed = false;
+    const NoSpareBlocks spare;
     TestFixture::M::args(own, [&](const auto&... args) {
       const FailingMemory memory(nth);
       try {

@@ -87,6 +87,9 @@ class Set {
   std::size_t size() const noexcept { return table_.size(); }
   bool empty() const noexcept { return size() == 0; }
   void clear() noexcept { Slots::Block::free(table_.detach()); }
+  /// Inserts the keys of `other`, in their order, into an empty set. Raises std::bad_alloc and
+  /// changes nothing when there is no memory.
+  void fill(const Set& other) { table_.fill(other.table_); }
   /// Makes room for `size` keys, not more.
   void reserve(std::size_t size) { table_.reserve(size); }
   std::size_t heapBytes() const noexcept { return table_.heapBytes(); }

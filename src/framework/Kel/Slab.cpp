@@ -7,18 +7,6 @@
 namespace Kel {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
-
 // What is asked of the system for a page. The rest of it is for the system's own notes: if a page
 // took all of its 32 KiB, the next could only begin 64 KiB further.
 constexpr std::size_t kPageBytes = 32768 - 64;
@@ -59,11 +47,14 @@ Slab::Slab(const char* typeName, std::size_t size, std::size_t align, const Enti
       objectSize_(size),
       align_(std::max(align, alignof(Block))) {
   const std::size_t block = roundUp(std::max(size, sizeof(Block)), align_);
-  const bool paged = !kSanitized && block <= kPage / 8;
+  const bool paged = kPaged && block <= kPage / 8;
   blockSize_ = static_cast<std::uint32_t>(block);
   blocksPerPage_ =
       paged ? static_cast<std::uint32_t>((kPageBytes - roundUp(sizeof(Page), align_)) / block) : 0;
 
+  if (typeName_ == nullptr) {
+    return;
+  }
   SlabList& all = slabList();
   const std::lock_guard lock(all.mutex);
   const auto at = std::upper_bound(
@@ -75,7 +66,7 @@ Slab::Slab(const char* typeName, std::size_t size, std::size_t align, const Enti
 Slab::~Slab() {
   SlabList& all = slabList();
   const std::lock_guard lock(all.mutex);
-  all.slabs.erase(std::find(all.slabs.begin(), all.slabs.end(), this));
+  std::erase(all.slabs, this);
   if (open_ != nullptr) {
     drop(*open_);
   }
@@ -83,7 +74,7 @@ Slab::~Slab() {
 
 std::size_t Slab::live() const noexcept {
   const Guard guard(mutex_);
-  return live_;
+  return peak_ - belowPeak_;
 }
 
 std::size_t Slab::peak() const noexcept {
@@ -93,7 +84,7 @@ std::size_t Slab::peak() const noexcept {
 
 std::size_t Slab::bytes() const noexcept {
   const Guard guard(mutex_);
-  return blocksPerPage_ == 0 ? live_ * blockSize_ : pages_ * kPageBytes;
+  return blocksPerPage_ == 0 ? (peak_ - belowPeak_) * blockSize_ : pages_ * kPageBytes;
 }
 
 void Slab::forEach(void (*visit)(void* context, const Slab& slab), void* context) {
@@ -117,7 +108,7 @@ void* Slab::allocateSlowly() {
     return take(*open_);
   }
   void* const block = ::operator new(blockSize_, std::align_val_t(align_));
-  peak_ = std::max(peak_, ++live_);
+  countOneMore();
   return block;
 }
 
@@ -129,14 +120,15 @@ void Slab::deallocateSlowly(void* block) noexcept {
   if (blocksPerPage_ != 0) {
     give(block);
   } else {
-    --live_;
+    ++belowPeak_;
     ::operator delete(block, std::align_val_t(align_));
   }
 }
 
 void Slab::addPage() {
   auto* const memory = static_cast<std::byte*>(::operator new(kPageBytes, std::align_val_t(kPage)));
-  open_ = new (memory) Page{nullptr, nullptr, nullptr, memory + roundUp(sizeof(Page), align_), 0};
+  open_ = new (memory)
+      Page{nullptr, nullptr, nullptr, memory + roundUp(sizeof(Page), align_), blocksPerPage_};
   ++pages_;
 }
 
@@ -155,6 +147,13 @@ void Slab::close(Page& page) noexcept {
   (page.previous == nullptr ? open_ : page.previous->next) = page.next;
   if (page.next != nullptr) {
     page.next->previous = page.previous;
+  }
+  if (page.previous == nullptr && open_ != nullptr && open_->left >= blocksPerPage_ / 4) {
+    constexpr std::size_t kLine = 64;
+    const auto* const memory = reinterpret_cast<const std::byte*>(open_);
+    for (std::size_t at = 0; at < kPageBytes; at += kLine) {
+      __builtin_prefetch(memory + at, 1);
+    }
   }
 }
 

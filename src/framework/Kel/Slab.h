@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
@@ -32,6 +33,10 @@ namespace [[using gnu: visibility("default")]] Kel {
 ///   come. Here a list never leaves its page, and blocks are taken from one page until that is
 ///   full.
 ///
+/// - *Blocks that came back* lie on their list in any order, and each says where the next one is:
+///   one cache miss after the other when they are cold. So a page with many of them is fetched as a
+///   whole when its turn comes.
+///
 /// - *Blocks that were never out* are not put on any list: a mark moves up through the page. So a
 ///   fresh page is touched only as far as it is used.
 ///
@@ -60,7 +65,17 @@ namespace [[using gnu: visibility("default")]] Kel {
 ///   that are held by somebody's static variable end later than any static of ours.
 class Slab {
  public:
-  /// `typeName` and `counts` are kept, not copied. `size` is in bytes, `align` is a power of two.
+#if defined(__SANITIZE_ADDRESS__)
+  /// Whether there are pages.
+  static constexpr bool kPaged = false;
+#elif defined(__has_feature)
+  static constexpr bool kPaged = !__has_feature(address_sanitizer);
+#else
+  static constexpr bool kPaged = true;
+#endif
+
+  /// `typeName` and `counts` are kept, not copied; forEach does not show a slab without a name.
+  /// `size` is in bytes, `align` is a power of two.
   Slab(const char* typeName, std::size_t size, std::size_t align,
        const EntityCounts* counts = nullptr);
   Slab(const Slab&) = delete;
@@ -108,9 +123,9 @@ class Slab {
   struct Page {
     Page* previous;
     Page* next;
-    Block* free;       // blocks that came back
-    std::byte* fresh;  // the first of those that were never out
-    std::uint32_t used;
+    Block* free;         // blocks that came back
+    std::byte* fresh;    // the first of those that were never out
+    std::uint32_t left;  // blocks that are not out
   };
 
   static constexpr std::size_t kPage = 32768;
@@ -128,24 +143,29 @@ class Slab {
       block = page.fresh;
       page.fresh += blockSize_;
     }
-    if (++page.used == blocksPerPage_) {
+    if (--page.left == 0) {
       close(page);
     }
-    if (++live_ > peak_) {
-      peak_ = live_;
-    }
+    countOneMore();
     return block;
   }
   void give(void* block) noexcept {
     Page& page = pageOf(block);
     page.free = new (block) Block{page.free};
-    --live_;
-    const std::uint32_t used = page.used--;
-    if (used == blocksPerPage_) {
+    ++belowPeak_;
+    const std::uint32_t left = page.left++;
+    if (left == 0) {
       open(page);
     }
-    if (used == 1 && &page != open_) {
+    if (left + 1 == blocksPerPage_ && &page != open_) {
       drop(page);
+    }
+  }
+  void countOneMore() noexcept {
+    if (belowPeak_ == 0) {
+      ++peak_;
+    } else {
+      --belowPeak_;
     }
   }
 
@@ -157,8 +177,8 @@ class Slab {
   void drop(Page& page) noexcept;
 
   Page* open_ = nullptr;  // the pages with free blocks; only the first of them may be empty
-  std::size_t live_ = 0;
   std::size_t peak_ = 0;
+  std::size_t belowPeak_ = 0;  // by how much fewer live than at the peak
   std::uint32_t blockSize_;
   std::uint32_t blocksPerPage_;  // 0: no pages, each block comes from the system
   const char* typeName_;
@@ -169,16 +189,32 @@ class Slab {
   mutable std::mutex mutex_;  // taken only while Brix::threadSafePointers is on
 };
 
-/// The slab of T, whose name is T::kelTypeName(). Deliberate: it is never destroyed, because
-/// objects with static storage end while the process does.
+namespace Impl {
+
+// Deliberate: it is never destroyed, because objects with static storage end while the process
+// does.
 template <class T>
-Slab& slabOf() {
+[[gnu::noinline, gnu::cold]] Slab& madeSlabOf() {
   const EntityCounts* counts = nullptr;
   if constexpr (requires { T::kelCounts(); }) {
     counts = &T::kelCounts();
   }
   static Slab& slab = *new Slab(T::kelTypeName(), sizeof(T), alignof(T), counts);
   return slab;
+}
+
+}  // namespace Impl
+
+/// The slab of T, whose name is T::kelTypeName().
+template <class T>
+Slab& slabOf() {
+  static constinit std::atomic<Slab*> known{nullptr};
+  Slab* slab = known.load(std::memory_order_acquire);
+  if (slab == nullptr) [[unlikely]] {
+    slab = &Impl::madeSlabOf<T>();
+    known.store(slab, std::memory_order_release);
+  }
+  return *slab;
 }
 
 /// Base of T that makes `new T` take its memory from T's slab. A block whose constructor raises

@@ -84,6 +84,15 @@ class Table {
     }
   }
 
+  /// Takes over the slots of `from`; there are none yet. Raises std::bad_alloc and changes nothing
+  /// when there is no memory.
+  void fill(const Table& from) {
+    if (from.size() != 0) {
+      reserve(from.size());
+      block()->fill(*from.block());
+    }
+  }
+
   /// Empties the table and brings its walks to their end; the block is the caller's to free.
   Block* detach() noexcept {
     Block* const all = block();

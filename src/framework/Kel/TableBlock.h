@@ -8,6 +8,7 @@
 #include <new>
 #include <type_traits>
 
+#include "Kel/BlockMemory.h"
 #include "Kel/TableIndex.h"
 
 namespace [[using gnu: visibility("default")]] Kel {
@@ -26,19 +27,30 @@ class TableBlock {
       throw std::bad_array_new_length();
     }
     const auto slots = static_cast<std::uint32_t>(capacity);
-    auto* const block = new (::operator new(bytesFor(slots))) TableBlock(slots);
+    auto* const block = new (BlockMemory::allocate(bytesFor(slots))) TableBlock(slots);
     if (from != nullptr) {
-      block->size_ = from->size_;
-      std::memcpy(static_cast<void*>(block->slots()), from->slots(), from->size_ * sizeof(Slot));
-    }
-    if (from != nullptr && indexBytes(from->capacity_) == indexBytes(slots)) {
-      std::memcpy(block->words(), from->words(), indexBytes(slots));
+      block->fill(*from);
     } else if (block->indexed()) {
       block->buildIndex();
     }
     return block;
   }
-  static void free(TableBlock* block) noexcept { ::operator delete(block); }
+  static void free(TableBlock* block) noexcept {
+    if (block != nullptr) {
+      BlockMemory::deallocate(block, block->bytes());
+    }
+  }
+
+  /// Takes over the slots of `from`, in the place of its own; there is room for them.
+  void fill(const TableBlock& from) noexcept {
+    size_ = from.size_;
+    std::memcpy(static_cast<void*>(slots()), from.slots(), size_ * sizeof(Slot));
+    if (indexBits_ == from.indexBits_) {
+      std::memcpy(words(), from.words(), indexBytes(indexBits_));
+    } else if (indexed()) {
+      buildIndex();
+    }
+  }
 
   /// The capacity to grow to: as many slots as 16 bytes hold, then doubled; from the index on, half
   /// as many more, and then up to the next power of two, so that every second step needs a new
@@ -55,8 +67,8 @@ class TableBlock {
   std::uint32_t size() const noexcept { return size_; }
   std::uint32_t capacity() const noexcept { return capacity_; }
   std::size_t bytes() const noexcept { return bytesFor(capacity_); }
-  bool indexed() const noexcept { return capacity_ > kUnindexed; }
-  Slot* slots() const noexcept { return reinterpret_cast<Slot*>(words() + indexBytes(capacity_)); }
+  bool indexed() const noexcept { return indexBits_ != 0; }
+  Slot* slots() const noexcept { return reinterpret_cast<Slot*>(words() + indexBytes(indexBits_)); }
 
   /// The slot of this hash for which `same` holds; null when there is none. `hash` matters only to
   /// an index.
@@ -117,24 +129,24 @@ class TableBlock {
 
  private:
   static constexpr std::uint32_t kUnindexed = 8;
-  static constexpr std::uint32_t kNarrow = 128;  // the most words of an index of 16-bit words
-  static constexpr std::uint32_t kLargest = 1U << 30U;
+  static constexpr std::uint32_t kNarrow = 7;  // up to 128 words the words have 16 bits
+  static constexpr std::uint32_t kLargest = 1U << 26U;
 
-  explicit TableBlock(std::uint32_t capacity) noexcept : capacity_(capacity) {}
+  explicit TableBlock(std::uint32_t capacity) noexcept
+      : capacity_(capacity & 0x7FF'FFFFU), indexBits_(indexBitsFor(capacity) & 31U) {}
 
-  // The words of the index: a power of two, of which at most half are used.
-  static constexpr std::uint32_t wordsFor(std::uint32_t capacity) noexcept {
-    return 2 * std::bit_ceil(capacity);
+  // The number of words of the index is 2 to the power of this: at most half of them are used. 0:
+  // there is no index.
+  static constexpr std::uint32_t indexBitsFor(std::uint32_t capacity) noexcept {
+    return capacity <= kUnindexed ? 0U
+                                  : static_cast<std::uint32_t>(std::bit_width(capacity - 1)) + 1;
   }
-  static constexpr std::size_t indexBytes(std::uint32_t capacity) noexcept {
-    if (capacity <= kUnindexed) {
-      return 0;
-    }
-    const std::size_t words = wordsFor(capacity);
-    return words * (words <= kNarrow ? sizeof(std::uint16_t) : sizeof(std::uint32_t));
+  static constexpr std::size_t indexBytes(std::uint32_t bits) noexcept {
+    const std::size_t bytes = bits <= kNarrow ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+    return bits == 0 ? 0 : bytes << bits;
   }
   static constexpr std::size_t bytesFor(std::uint32_t capacity) noexcept {
-    return sizeof(TableBlock) + indexBytes(capacity) + capacity * sizeof(Slot);
+    return sizeof(TableBlock) + indexBytes(indexBitsFor(capacity)) + capacity * sizeof(Slot);
   }
 
   std::byte* words() const noexcept {
@@ -142,12 +154,12 @@ class TableBlock {
   }
   template <class Use>
   auto withIndex(Use use) const {
-    const std::uint32_t count = wordsFor(capacity_);
-    return count <= kNarrow ? use(TableIndex(reinterpret_cast<std::uint16_t*>(words()), count - 1))
-                            : use(TableIndex(reinterpret_cast<std::uint32_t*>(words()), count - 1));
+    return indexBits_ <= kNarrow
+               ? use(TableIndex(reinterpret_cast<std::uint16_t*>(words()), indexBits_))
+               : use(TableIndex(reinterpret_cast<std::uint32_t*>(words()), indexBits_));
   }
   void buildIndex() noexcept {
-    std::memset(words(), 0xFF, indexBytes(capacity_));
+    std::memset(words(), 0xFF, indexBytes(indexBits_));
     withIndex([this](const auto& index) {
       const Slot* const all = slots();
       for (std::uint32_t at = 0; at != size_; ++at) {
@@ -157,7 +169,8 @@ class TableBlock {
   }
 
   std::uint32_t size_ = 0;
-  std::uint32_t capacity_;
+  std::uint32_t capacity_ : 27;
+  std::uint32_t indexBits_ : 5;
 };
 
 }  // namespace Kel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <limits>
 
@@ -22,8 +21,9 @@ class TableIndex {
  public:
   static constexpr Word kEmpty = std::numeric_limits<Word>::max();
 
-  /// `mask` is one less than the number of words, a power of two.
-  TableIndex(Word* words, std::uint32_t mask) noexcept : words_(words), mask_(mask) {}
+  /// Of two to the power of `bits` words.
+  TableIndex(Word* words, std::uint32_t bits) noexcept
+      : words_(words), mask_((1U << bits) - 1), bits_(bits) {}
 
   std::uint32_t position(const Word* word) const noexcept { return *word & mask_; }
 
@@ -81,10 +81,8 @@ class TableIndex {
   static constexpr std::uint32_t kBits = std::numeric_limits<Word>::digits;
 
   // Whether a word holds all the bits of the hash that say where the search begins.
-  bool tellsHome() const noexcept { return kBits == 16 || mask_ < (1U << 15U); }
-  std::uint32_t shift() const noexcept {
-    return static_cast<std::uint32_t>(std::countl_zero(mask_ | 1U));
-  }
+  bool tellsHome() const noexcept { return kBits == 16 || bits_ <= 15; }
+  std::uint32_t shift() const noexcept { return (32U - bits_) % 32U; }
   std::uint32_t home(std::uint32_t hash) const noexcept {
     return tellsHome() ? hash >> shift() : hash & mask_;
   }
@@ -92,6 +90,7 @@ class TableIndex {
 
   Word* words_;
   std::uint32_t mask_;
+  std::uint32_t bits_;
 };
 
 }  // namespace Kel

@@ -17,6 +17,11 @@ def _slabs():
     return [slab.dereference() for slab in elements(slabs)[1]]
 
 
+def _live(slab):
+    """How many objects there are."""
+    return int(slab["peak_"]) - int(slab["belowPeak_"])
+
+
 def _objects(slab):
     """The addresses of the objects in those pages of a slab that have room for more."""
     page = slab["open_"]
@@ -48,7 +53,7 @@ The names of the types are what vela-objects lists."""
         for slab in slabs:
             for address in _objects(slab):
                 return at(address, name).address
-        live = sum(int(slab["live_"]) for slab in slabs)
+        live = sum(_live(slab) for slab in slabs)
         raise gdb.GdbError(
             f"There are {live} objects of the type {name}, in memory that is full: find one from "
             "the object that owns it."
@@ -67,7 +72,7 @@ class ListObjects(gdb.Command):
         slabs = _slabs()
         gdb.write(f"{'live':>12}{'peak':>12}  type\n")
         for slab in slabs:
-            numbers = f"{int(slab['live_']):12}{int(slab['peak_']):12}"
+            numbers = f"{_live(slab):12}{int(slab['peak_']):12}"
             gdb.write(f"{numbers}  {slab['typeName_'].string()}\n")
 
 

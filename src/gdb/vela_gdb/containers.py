@@ -5,10 +5,9 @@ import gdb
 from . import objects
 from .reading import Broken, Parent, at, bare, elements, storage
 
-# A table has no index for up to so many slots; the words of the index are narrow up to so many.
-_UNINDEXED = 8
-_NARROW = 128
-_LARGEST = 1 << 30
+# An index has 2 to the power of so many words, which are narrow up to here.
+_NARROW = 7
+_LARGEST = 1 << 26
 
 
 def _slots(table):
@@ -16,13 +15,11 @@ def _slots(table):
     block = storage(table["anchor_"])
     if block == 0:
         return 0, iter(())
-    size, capacity = (int(at(block + offset, "unsigned int")) for offset in (0, 4))
+    size, shape = (int(at(block + offset, "unsigned int")) for offset in (0, 4))
+    capacity, bits = shape & (1 << 27) - 1, shape >> 27
     if not 0 < capacity <= _LARGEST or size > capacity:
         raise Broken(f"broken: {size} entries in a table for {capacity} at {block:#x}")
-    index = 0
-    if capacity > _UNINDEXED:
-        words = 2 << (capacity - 1).bit_length()
-        index = words * (2 if words <= _NARROW else 4)
+    index = (2 if bits <= _NARROW else 4) << bits if bits else 0
     kind = bare(table.type).template_argument(0)
     first = block + 8 + index
     return size, (at(first + position * kind.sizeof, kind) for position in range(size))

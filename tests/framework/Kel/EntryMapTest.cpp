@@ -10,6 +10,7 @@
 #include "Brix/String.h"
 #include "Kel/EntryMap.h"
 #include "framework/Kel/Entry.h"
+#include "framework/Kel/NoSpareBlocks.h"
 #include "framework/Kel/WalkLaws.h"
 
 namespace Kel {
@@ -188,6 +189,7 @@ TEST(EntryMap, ReleasesAnEntryThatCouldNotBeInserted) {
   EntryMap<Number, &Number::key> map;
   auto entry = Number::make(1);
   {
+    const NoSpareBlocks spare;
     const FailingMemory failing(1);
     EXPECT_THROW(map.insert(std::move(entry)), std::bad_alloc);
   }

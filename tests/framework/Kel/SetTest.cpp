@@ -175,6 +175,34 @@ TEST(Set, ReservesExactlyWhatIsAskedFor) {
   EXPECT_TRUE(set.contains(Odd(4)));
 }
 
+TEST(Set, IsFilledWithTheKeysOfAnotherInTheirOrder) {
+  for (const std::uint32_t size : {0U, 1U, 8U, 9U, 16U, 17U, 100U, 1000U}) {
+    for (const std::uint32_t room : {0U, 8U, size, 2 * size}) {
+      Set<std::uint32_t> from;
+      for (std::uint32_t key = 0; key != size; ++key) {
+        from.insert(key * key);
+      }
+      Set<std::uint32_t> set;
+      set.reserve(room);
+      set.fill(from);
+      EXPECT_EQ(std::vector<std::uint32_t>(set.begin(), set.end()),
+                std::vector<std::uint32_t>(from.begin(), from.end()));
+      for (std::uint32_t key = 0; key != size; ++key) {
+        EXPECT_TRUE(set.contains(key * key));
+        EXPECT_FALSE(set.insert(key * key));
+      }
+      EXPECT_FALSE(set.contains(3));
+      EXPECT_TRUE(set.insert(3));
+      EXPECT_TRUE(set.erase(3));
+      for (std::uint32_t key = 0; key != size; ++key) {
+        EXPECT_TRUE(set.erase(key * key));
+      }
+      EXPECT_TRUE(set.empty());
+      EXPECT_EQ(from.size(), size);
+    }
+  }
+}
+
 TEST(Set, RefusesASizeBeyondAllMemory) {
   Set<std::uint32_t> set;
   EXPECT_THROW(set.reserve(std::size_t{1} << 40U), std::bad_alloc);
