@@ -86,6 +86,8 @@ class Handling {
   [[gnu::always_inline]] void decide(unsigned level, Lead lead, const Pieces&... pieces) const {
     line(level, lead, pieces...);
   }
+  /// Whether anybody listens to decisions of this level.
+  [[gnu::always_inline]] static bool listens(unsigned level) noexcept { return Pario::on(level); }
   /// The exit line, level 7.
   [[gnu::always_inline]] void leave(std::uint32_t atLine = __builtin_LINE()) const {
     if (Pario::on(7)) {

@@ -21,6 +21,7 @@ struct MirroredSet {
   const Kel::Set<K2>& (MatchV2::*v2)() const noexcept;
   void (MatchV2::*insert)(const K2&);
   void (MatchV2::*erase)(const K2&);
+  void (MatchV2::*insertAll)(const Kel::Set<K2>&);
   void (MatchV2::*reserve)(std::size_t);
   const char* keyedForm;
   const char* walkForm;
@@ -35,38 +36,38 @@ struct MirroredSet {
 // clang-format off
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kSrcIp{
     &MatchV1::srcIp, &MatchV2::srcIp, &MatchV2::srcIpIs, &MatchV2::srcIpDel,
-    &MatchV2::srcIpReserve,
+    &MatchV2::srcIpAllIs, &MatchV2::srcIpReserve,
     "handleSrcIp(const Norv::IpGenPrefix&)", "handleSrcIp()",
     false, 8, " add src ip: ", " remove src ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kSrcIpRange{
     &MatchV1::srcIpRange, &MatchV2::srcIpRange, &MatchV2::srcIpRangeIs, &MatchV2::srcIpRangeDel,
-    &MatchV2::srcIpRangeReserve,
+    &MatchV2::srcIpRangeAllIs, &MatchV2::srcIpRangeReserve,
     "handleSrcIpRange(const VelaL3::VelaIpRange&)", "handleSrcIpRange()",
     false, 8, " add src ip range: ", " remove src ip range: "};
 constexpr MirroredSet<Norv::IpGenPrefix, Norv::IpGenPrefix> kDstIp{
     &MatchV1::dstIp, &MatchV2::dstIp, &MatchV2::dstIpIs, &MatchV2::dstIpDel,
-    &MatchV2::dstIpReserve,
+    &MatchV2::dstIpAllIs, &MatchV2::dstIpReserve,
     "handleDstIp(const Norv::IpGenPrefix&)", "handleDstIp()",
     false, 8, " add dst ip: ", " remove dst ip: "};
 constexpr MirroredSet<VelaL3::VelaIpRange, VelaL3V2::VelaIpRange> kDstIpRange{
     &MatchV1::dstIpRange, &MatchV2::dstIpRange, &MatchV2::dstIpRangeIs, &MatchV2::dstIpRangeDel,
-    &MatchV2::dstIpRangeReserve,
+    &MatchV2::dstIpRangeAllIs, &MatchV2::dstIpRangeReserve,
     "handleDstIpRange(const VelaL3::VelaIpRange&)", "handleDstIpRange()",
     false, 8, " add dst ip range: ", " remove dst ip range: "};
 constexpr MirroredSet<Norv::IpProto, Norv::IpProto> kL3App{
     &MatchV1::l3App, &MatchV2::l3App, &MatchV2::l3AppIs, &MatchV2::l3AppDel,
-    &MatchV2::l3AppReserve,
+    &MatchV2::l3AppAllIs, &MatchV2::l3AppReserve,
     "handleL3App(Norv::IpProto)", "handleL3App()",
     false, 6, " add ip proto: ", " remove ip proto: "};
 constexpr MirroredSet<VelaL3::VelaL4App, VelaL3V2::VelaL4App> kDstL4App{
     &MatchV1::dstL4App, &MatchV2::dstL4App, &MatchV2::dstL4AppIs, &MatchV2::dstL4AppDel,
-    &MatchV2::dstL4AppReserve,
+    &MatchV2::dstL4AppAllIs, &MatchV2::dstL4AppReserve,
     "handleDstL4App(VelaL3::VelaL4App)", "handleDstL4App()",
     true, 0, nullptr, nullptr};
 constexpr MirroredSet<VelaL3::VelaL4AppRange, VelaL3V2::VelaL4AppRange> kDstL4AppRange{
     &MatchV1::dstL4AppRange, &MatchV2::dstL4AppRange,
     &MatchV2::dstL4AppRangeIs, &MatchV2::dstL4AppRangeDel,
-    &MatchV2::dstL4AppRangeReserve,
+    &MatchV2::dstL4AppRangeAllIs, &MatchV2::dstL4AppRangeReserve,
     "handleDstL4AppRange(const VelaL3::VelaL4AppRange&)", "handleDstL4AppRange()",
     true, 0, nullptr, nullptr};
 // clang-format on
@@ -184,24 +185,57 @@ void PolicyTranslateMatchSm::mirrorAll() {
     }
   }
   if (matchV1()) {
+    const auto& from = (*matchV1().*Mirrored.v1)();
     if (matchV2_) {
-      (*matchV2_.*Mirrored.reserve)((*matchV1().*Mirrored.v1)().size());
+      (*matchV2_.*Mirrored.reserve)(from.size());
     }
-    for (const auto& key : (*matchV1().*Mirrored.v1)()) {
-      if (matchV2_ && (*matchV2_.*Mirrored.v2)().contains(toV2(key))) {
-        continue;
+    if (isFresh<Mirrored>()) {
+      fill<Mirrored>(run);
+      changed = changed || !from.empty();
+    } else {
+      for (const auto& key : from) {
+        if (matchV2_ && (*matchV2_.*Mirrored.v2)().contains(toV2(key))) {
+          continue;
+        }
+        if constexpr (Mirrored.add != nullptr) {
+          run.decide(Mirrored.walkLevel, Mirrored.add, key);
+        }
+        (output(matchV2_, Mirrored.walkForm).*Mirrored.insert)(toV2(key));
+        changed = true;
       }
-      if constexpr (Mirrored.add != nullptr) {
-        run.decide(Mirrored.walkLevel, Mirrored.add, key);
-      }
-      (output(matchV2_, Mirrored.walkForm).*Mirrored.insert)(toV2(key));
-      changed = true;
     }
   }
   if (changed) {
     markUpdated(cookie_);
   }
   run.leave();
+}
+
+/// Whether no key is in version 2, and none can come while others are added, as nobody is told: so
+/// it is with nearly all sets when the tree is mirrored first.
+template <const auto& Mirrored>
+bool PolicyTranslateMatchSm::isFresh() const {
+  return matchV2_ && (*matchV2_.*Mirrored.v2)().empty() &&
+         matchV2_->publisher().subscriberCount() == 0;
+}
+
+template <const auto& Mirrored>
+void PolicyTranslateMatchSm::fill(const Handling& run) {
+  const auto& from = (*matchV1().*Mirrored.v1)();
+  if constexpr (Mirrored.add != nullptr) {
+    if (run.listens(Mirrored.walkLevel)) {
+      for (const auto& key : from) {
+        run.decide(Mirrored.walkLevel, Mirrored.add, key);
+      }
+    }
+  }
+  if constexpr (requires { (*matchV2_.*Mirrored.insertAll)(from); }) {
+    (*matchV2_.*Mirrored.insertAll)(from);
+  } else {
+    for (const auto& key : from) {
+      (*matchV2_.*Mirrored.insert)(toV2(key));
+    }
+  }
 }
 
 void PolicyTranslateMatchSm::handleSrcIp(const Norv::IpGenPrefix& prefix) {

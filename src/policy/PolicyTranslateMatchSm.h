@@ -10,6 +10,8 @@
 
 namespace [[using gnu: visibility("default")]] VelaPolicyMonitor {
 
+class Handling;
+
 /// Mirrors the seven sets of a version-1 match into the version-2 match: the leaf of the policy
 /// tree. Owned by the per-origin machine, which deletes the version-2 match; this one never does.
 class PolicyTranslateMatchSm final : public TranslateSm,
@@ -69,6 +71,10 @@ class PolicyTranslateMatchSm final : public TranslateSm,
   void mirror(const Key& key);
   template <const auto& Mirrored>
   void mirrorAll();
+  template <const auto& Mirrored>
+  bool isFresh() const;
+  template <const auto& Mirrored>
+  void fill(const Handling& run);
 
   TracePlace tracePlace_ = TracePlace::ofOwner();
 };

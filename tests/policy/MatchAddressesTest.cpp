@@ -116,6 +116,14 @@ TEST_F(MatchAddresses, AWalkThatOnlyAddsMarks) {
   EXPECT_TRUE(marked());
 }
 
+TEST_F(MatchAddresses, AWalkThatOnlyRemovesMarks) {
+  makeDeaf();
+  v2->dstIpIs(kP);
+  sm->handleDstIp();
+  EXPECT_TRUE(v2->dstIp().empty());
+  EXPECT_TRUE(marked());
+}
+
 TEST_F(MatchAddresses, TheFirstWalkMakesRoomForJustWhatThereIs) {
   Kel::Set<IpGenPrefix> nine;
   nine.reserve(9);
@@ -126,6 +134,20 @@ TEST_F(MatchAddresses, TheFirstWalkMakesRoomForJustWhatThereIs) {
   EXPECT_EQ(v2->srcIp().size(), 9U);
   EXPECT_EQ(v2->srcIp().heapBytes(), nine.heapBytes());
   EXPECT_LT(nine.heapBytes(), v1->srcIp().heapBytes()) << "which has grown key by key";
+}
+
+TEST_F(MatchAddresses, TheFirstWalkTellsWhoWatchesVersion2OfEachKey) {
+  v1->srcIpIs(kP);
+  v1->srcIpRangeIs(kRange1);
+  int told = 0;
+  const Kel::Observer watcher(*v2, [&](Kel::AttrId id, const void* key) {
+    ++told;
+    EXPECT_TRUE(id != VelaL3V2::VelaMatchConfig::srcIpAttr.id ||
+                *static_cast<const IpGenPrefix*>(key) == kP);
+  });
+  make();
+  EXPECT_EQ(told, 2);
+  EXPECT_TRUE(v2->srcIp(kP));
 }
 
 TEST_F(MatchAddresses, KeyedHandlersHaveNoEntryLine) {

@@ -202,7 +202,8 @@ constexpr Seconds initial<Seconds>() {
   }
 
 /// A set of keys: x() is the whole, x(key) whether it is a member, xIs(key) inserts, xDel(key)
-/// removes, xDelAll() removes all; what changes nothing notifies nobody. xReserve(size) makes room.
+/// removes, xAllIs(keys) inserts all of another set, xDelAll() removes all; what changes nothing
+/// notifies nobody. xReserve(size) makes room.
 #define KEL_SET(id_, x, K)                                                                \
  private:                                                                                 \
   Kel::Set<K> x##_;                                                                       \
@@ -213,6 +214,7 @@ constexpr Seconds initial<Seconds>() {
   bool x(const K& key) const noexcept { return x##_.contains(key); }                      \
   void x##Is(const K& key) { this->insertMember(x##_, key, id_); }                        \
   void x##Del(const K& key) { this->eraseMember(x##_, key, id_); }                        \
+  void x##AllIs(const Kel::Set<K>& keys) { this->insertMembers(x##_, keys, id_); }        \
   void x##DelAll() { this->eraseMembers(x##_, id_); }                                     \
   void x##Reserve(std::size_t size) { x##_.reserve(size); }                               \
   static constexpr Kel::Row kelRow(Kel::Id<id_>) {                                        \

@@ -117,11 +117,11 @@ class Dispatch {
     if (row.run == nullptr || sm.kelMarkedForDeletion()) {
       return;
     }
-    if (sm.busy()) {
-      sm.postpone(row.later(sm, key));
-      return;
+    if (sm.busy()) [[unlikely]] {
+      postpone(sm, row, key);
+    } else {
+      row.run(sm, key);
     }
-    row.run(sm, key);
   }
 
   /// The attributes that are reacted to; for dumps.
@@ -131,6 +131,12 @@ class Dispatch {
   }
 
  private:
+  // Apart, so that a dispatch to a machine that is not busy needs no room on the stack.
+  [[gnu::noinline, gnu::cold]] static void postpone(Sm& sm, const Reaction<Sm>& row,
+                                                    const void* key) {
+    sm.postpone(row.later(sm, key));
+  }
+
   std::array<Reaction<Sm>, 10> rows_{};  // by distance from the lowest id
   AttrId first_ = 0;
   AttrId last_ = -1;

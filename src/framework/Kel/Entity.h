@@ -62,7 +62,9 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
 
   void publish(AttrId id, const void* key = nullptr, const void* value = nullptr) const {
     counts_.notifications.count();
-    publisher().publish(id, key, value);
+    if (!subscribers_.empty()) {
+      publisher().publish(id, key, value);
+    }
   }
 
   template <class T>
@@ -81,6 +83,17 @@ class Entity : public PtrInterface, public SlabAllocated<Self_> {
       publish(id, &key);
     } else {
       countUnchanged(true);
+    }
+  }
+  template <class K>
+  void insertMembers(Set<K>& set, const Set<K>& keys, AttrId id) {
+    if (set.empty() && subscribers_.empty()) {
+      set.fill(keys);
+      counts_.notifications.count(keys.size());
+      return;
+    }
+    for (const K& key : keys) {
+      insertMember(set, key, id);
     }
   }
   template <class K>

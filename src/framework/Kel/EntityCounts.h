@@ -10,7 +10,10 @@ namespace [[using gnu: visibility("default")]] Kel {
 /// the price of counting in the time of a plain increment.
 class EventCount {
  public:
-  void count() noexcept { value_.store(value() + 1, std::memory_order_relaxed); }  ///< One more.
+  /// So many more.
+  [[gnu::always_inline]] void count(std::uint64_t more = 1) noexcept {
+    value_.store(value() + more, std::memory_order_relaxed);
+  }
   /// How many until now.
   std::uint64_t value() const noexcept { return value_.load(std::memory_order_relaxed); }
 

@@ -45,7 +45,7 @@ class WriterLock {
   bool enter() noexcept { return tryEnter() || enterSlowly(); }
 
   /// True when the lock belongs to this thread and was free; false says nothing.
-  bool tryEnter() noexcept {
+  [[gnu::always_inline]] bool tryEnter() noexcept {
     if (owner_.load(std::memory_order_relaxed) == thisThread() &&
         !busy_.load(std::memory_order_relaxed)) [[likely]] {
       busy_.store(true, std::memory_order_relaxed);

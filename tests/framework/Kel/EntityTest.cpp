@@ -44,6 +44,21 @@ TEST_F(EntityLaws, ASetNotifiesWhatChangesItAndNothingElse) {
   EXPECT_FALSE(whole->number(7));
 }
 
+TEST_F(EntityLaws, InsertingAllOfASetNotifiesOncePerKeyThatWasNotThere) {
+  Set<std::uint32_t> keys;
+  for (const std::uint32_t key : {7U, 8U, 9U}) {
+    keys.insert(key);
+  }
+  whole->numberIs(8);
+  notes.take();
+  whole->numberAllIs(keys);
+  EXPECT_EQ(notes.take(), (Noted{"number 7", "number 9"}));
+  whole->numberDelAll();
+  notes.take();
+  whole->numberAllIs(keys);
+  EXPECT_EQ(notes.take(), (Noted{"number 7", "number 8", "number 9"}));
+}
+
 TEST_F(EntityLaws, AMapNotifiesAtEveryWriteAndAtRemovals) {
   whole->labelIs("a", "1");
   whole->labelIs("a", "1");
@@ -91,6 +106,19 @@ TEST_F(EntityLaws, WhatATypePublishesAndWritesInVainIsCounted) {
   whole->countIs(6);
   EXPECT_EQ(counted.notifications(), 9U);
   EXPECT_EQ(counted.unchanged(), 5U);
+}
+
+TEST(EntityCounts, KeysThatAreInsertedAtOnceCountAsThatManyNotifications) {
+  const auto whole = Whole::WholeIs();
+  Set<std::uint32_t> keys;
+  keys.insert(1);
+  keys.insert(2);
+  const Counted counted;
+  whole->numberAllIs(keys);
+  EXPECT_EQ(counted.notifications(), 2U);
+  whole->numberAllIs(keys);
+  EXPECT_EQ(counted.notifications(), 2U);
+  EXPECT_EQ(counted.unchanged(), 2U);
 }
 
 TEST_F(EntityLaws, TheCountsOfATypeStandWithItsSlab) {
