@@ -20,6 +20,23 @@ void hot(benchmark::State& state) {
   itemsPerIteration(state, 2);
 }
 
+// The same in an agent whose event loop makes a hundred changes in each of its turns, and opens one
+// event for all of them.
+void hotInTurns(benchmark::State& state) {
+  constexpr std::size_t kPairs = 50;
+  auto& side = mirroredTree<TracedLibrary>(1000);
+  const Prefix key = absentPrefix(7);
+  const Tracing on;
+  for (auto _ : state) {
+    const Pario::Event turn;
+    for (std::size_t i = 0; i != kPairs; ++i) {
+      side.insert(7, key);
+      side.erase(7, key);
+    }
+  }
+  itemsPerIteration(state, 2 * kPairs);
+}
+
 // Every match is changed once, in random order.
 template <class Side, std::uint32_t Entries>
 void cold(benchmark::State& state) {
@@ -91,6 +108,7 @@ void inBurst(benchmark::State& state) {
     add("a burst of 10000 changes, per change", inBurst<Side, 10'000>);
     add("a burst of 100000 changes, per change", inBurst<Side, 100'000>);
   });
+  addCase("one change, hot, in turns of 100/ours, ring on", hotInTurns);
   return true;
 }();
 
