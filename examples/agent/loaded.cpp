@@ -19,7 +19,7 @@ void find(Function*& function, void* library, const char* name) {
 }  // namespace
 
 Factories factories() {
-  void* const library = dlopen("libvelapolicytranslate.so.0", RTLD_NOW | RTLD_LOCAL);
+  void* const library = dlopen("libvelapolicytranslate.so.1", RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     throw std::runtime_error(dlerror());
   }
