@@ -65,8 +65,8 @@ namespace [[using gnu: visibility("default")]] Kel {
 ///   that are held by somebody's static variable end later than any static of ours.
 class Slab {
  public:
-#if defined(__SANITIZE_ADDRESS__)
   /// Whether there are pages.
+#if defined(__SANITIZE_ADDRESS__)
   static constexpr bool kPaged = false;
 #elif defined(__has_feature)
   static constexpr bool kPaged = !__has_feature(address_sanitizer);
