@@ -125,6 +125,22 @@ TEST_F(ChildThatGivesWay, IsFollowedByOneChildAlthoughAnObserverOfItsEndAsksForI
   EXPECT_EQ(policySetV2->policy().size(), 1U);
 }
 
+TEST_F(ChildThatGivesWay, IsFollowedByTheVeryChildThatAnObserverOfItsEndHasHadMade) {
+  const auto record = renewedRecord();
+  Ptr<PolicyTranslatePerDeviceSm> made;
+  int asked = 0;
+  const Kel::Observer asking(*policySetV2, [&](Kel::AttrId, const void*) {
+    if (++asked == 1) {
+      root->handlePolicySet();
+      made = root->perDeviceSm("fw1");
+    }
+  });
+  EXPECT_EQ(root->perDeviceSmIs("fw1", world.policySetV1(), policySetV2, record), made);
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(root->perDeviceSm("fw1"), made);
+  EXPECT_FALSE(made->retired());
+}
+
 TEST_F(ChildThatGivesWay, IsFollowedByTheChildOfTheCallAlthoughAnObserverMakesOneOfOtherObjects) {
   const auto record = renewedRecord();
   giveWay([&] {

@@ -49,6 +49,27 @@ TEST_F(PolicyTreeReentrancy, AChangeForABusyMachineIsServedWhenItsHandlerIsDone)
              " Rule priority: 20000 policy: mail", " priority: 20000 add policy mail", "return"}));
 }
 
+TEST_F(PolicyTreeReentrancy, AnotherKeyThatIsHandledWhileAChildIsBeingMadeGetsItsChild) {
+  policyV1();
+  vrf()->hasNotificationActiveIs(false);
+  originV1();
+  ruleV1(15000);
+  vrf()->hasNotificationActiveIs(true);
+  bool made = false;
+  std::unique_ptr<Observer> below;
+  const Observer watch(*policyV2(), [&](AttrId, const void*) {
+    if (!below && ruleV2()) {
+      below = std::make_unique<Observer>(*ruleV2(), [&](AttrId, const void*) {
+        vrf()->handleRule(p1(15000));
+        made = vrf()->perRuleSm(p1(15000)) != nullptr;
+      });
+    }
+  });
+  vrf()->handleRule(p1(20000));
+  EXPECT_TRUE(made);
+  EXPECT_EQ(vrf()->perRuleSm().size(), 2U);
+}
+
 TEST_F(PolicyTreeReentrancy, AKeyNotifiedWhileItsChildIsBeingMadeGetsNoSecondChild) {
   policyV1();
   const auto key = p1(20000);
