@@ -12,10 +12,7 @@ Brix::Ptr<UpdateCookie> UpdateCookie::UpdateCookieIs() {
   return cookie;
 }
 
-Kel::FwkType UpdateCookie::fwkType() const noexcept {
-  return {&kelModule(CommonType::updateCookie),
-          static_cast<std::uint16_t>(CommonType::updateCookie)};
-}
+Kel::FwkType UpdateCookie::fwkType() const noexcept { return fwkTypeOf(CommonType::updateCookie); }
 
 Brix::Ptr<UpdateCookie> updateCookieFactory() { return UpdateCookie::UpdateCookieIs(); }
 

@@ -113,7 +113,7 @@ Brix::Ptr<PolicyTranslateMatchSm> policyTranslateMatchSmFactory(
 }
 
 Kel::FwkType PolicyTranslateMatchSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::match), static_cast<std::uint16_t>(PolicyType::match)};
+  return fwkTypeOf(PolicyType::match);
 }
 
 void PolicyTranslateMatchSm::hasNotificationActiveIs(bool on) noexcept { switchParts(*this, on); }

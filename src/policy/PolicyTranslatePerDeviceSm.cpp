@@ -60,7 +60,7 @@ Brix::Ptr<PolicyTranslatePerDeviceSm> policyTranslatePerDeviceSmFactory(
 }
 
 Kel::FwkType PolicyTranslatePerDeviceSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::perDevice), static_cast<std::uint16_t>(PolicyType::perDevice)};
+  return fwkTypeOf(PolicyType::perDevice);
 }
 
 void PolicyTranslatePerDeviceSm::hasNotificationActiveIs(bool on) noexcept {

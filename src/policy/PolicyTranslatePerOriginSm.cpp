@@ -59,7 +59,7 @@ Brix::Ptr<PolicyTranslatePerOriginSm> policyTranslatePerOriginSmFactory(
 }
 
 Kel::FwkType PolicyTranslatePerOriginSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::perOrigin), static_cast<std::uint16_t>(PolicyType::perOrigin)};
+  return fwkTypeOf(PolicyType::perOrigin);
 }
 
 void PolicyTranslatePerOriginSm::hasNotificationActiveIs(bool on) noexcept {

@@ -54,7 +54,7 @@ Brix::Ptr<PolicyTranslatePerRuleSm> policyTranslatePerRuleSmFactory(
 }
 
 Kel::FwkType PolicyTranslatePerRuleSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::perRule), static_cast<std::uint16_t>(PolicyType::perRule)};
+  return fwkTypeOf(PolicyType::perRule);
 }
 
 void PolicyTranslatePerRuleSm::hasNotificationActiveIs(bool on) noexcept { switchParts(*this, on); }

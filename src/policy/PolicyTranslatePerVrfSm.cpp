@@ -60,7 +60,7 @@ Brix::Ptr<PolicyTranslatePerVrfSm> policyTranslatePerVrfSmFactory(
 }
 
 Kel::FwkType PolicyTranslatePerVrfSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::perVrf), static_cast<std::uint16_t>(PolicyType::perVrf)};
+  return fwkTypeOf(PolicyType::perVrf);
 }
 
 void PolicyTranslatePerVrfSm::hasNotificationActiveIs(bool on) noexcept { switchParts(*this, on); }

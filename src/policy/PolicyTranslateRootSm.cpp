@@ -52,9 +52,7 @@ Brix::Ptr<PolicyTranslateRootSm> policyTranslateRootSmFactory(
   return PolicyTranslateRootSm::PolicyTranslateRootSmIs(policySrcV1, policySrcV2, vpmStatus);
 }
 
-Kel::FwkType PolicyTranslateRootSm::fwkType() const noexcept {
-  return {&kelModule(PolicyType::root), static_cast<std::uint16_t>(PolicyType::root)};
-}
+Kel::FwkType PolicyTranslateRootSm::fwkType() const noexcept { return fwkTypeOf(PolicyType::root); }
 
 void PolicyTranslateRootSm::hasNotificationActiveIs(bool on) noexcept { switchParts(*this, on); }
 

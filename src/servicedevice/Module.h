@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "Kel/TypeDescriptor.h"
+#include "common/Module.h"
 
 namespace VelaPolicyMonitor {
 

@@ -55,8 +55,7 @@ Brix::Ptr<PerL3IntfServiceDeviceTranslateSm> perL3IntfServiceDeviceTranslateSmFa
 }
 
 Kel::FwkType PerL3IntfServiceDeviceTranslateSm::fwkType() const noexcept {
-  return {&kelModule(ServiceDeviceType::perL3Intf),
-          static_cast<std::uint16_t>(ServiceDeviceType::perL3Intf)};
+  return fwkTypeOf(ServiceDeviceType::perL3Intf);
 }
 
 void PerL3IntfServiceDeviceTranslateSm::hasNotificationActiveIs(bool on) noexcept {

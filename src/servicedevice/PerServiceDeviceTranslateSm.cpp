@@ -59,8 +59,7 @@ Brix::Ptr<PerServiceDeviceTranslateSm> perServiceDeviceTranslateSmFactory(
 }
 
 Kel::FwkType PerServiceDeviceTranslateSm::fwkType() const noexcept {
-  return {&kelModule(ServiceDeviceType::perDevice),
-          static_cast<std::uint16_t>(ServiceDeviceType::perDevice)};
+  return fwkTypeOf(ServiceDeviceType::perDevice);
 }
 
 void PerServiceDeviceTranslateSm::hasNotificationActiveIs(bool on) noexcept {

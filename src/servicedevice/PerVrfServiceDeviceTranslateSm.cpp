@@ -57,8 +57,7 @@ Brix::Ptr<PerVrfServiceDeviceTranslateSm> perVrfServiceDeviceTranslateSmFactory(
 }
 
 Kel::FwkType PerVrfServiceDeviceTranslateSm::fwkType() const noexcept {
-  return {&kelModule(ServiceDeviceType::perVrf),
-          static_cast<std::uint16_t>(ServiceDeviceType::perVrf)};
+  return fwkTypeOf(ServiceDeviceType::perVrf);
 }
 
 void PerVrfServiceDeviceTranslateSm::hasNotificationActiveIs(bool on) noexcept {

@@ -55,7 +55,7 @@ Brix::Ptr<ServiceDeviceTranslateRootSm> serviceDeviceTranslateRootSmFactory(
 }
 
 Kel::FwkType ServiceDeviceTranslateRootSm::fwkType() const noexcept {
-  return {&kelModule(ServiceDeviceType::root), static_cast<std::uint16_t>(ServiceDeviceType::root)};
+  return fwkTypeOf(ServiceDeviceType::root);
 }
 
 void ServiceDeviceTranslateRootSm::hasNotificationActiveIs(bool on) noexcept {

@@ -63,6 +63,7 @@ TEST_F(HandlingTest, ItsLinesBelongToWhereTheMachineStandsAndToTheKeyOfTheHandle
                             [&](const Lumo::Record& record) { all.push_back(record.subject); }));
     return all;
   };
+  EXPECT_EQ(places(), std::vector<Pario::Place>(4, 0));
   machine->place = TracePlace().with(OnDevice{"fw1"});  // 726333, as TracePlaceTest has it
   EXPECT_EQ(places(), std::vector<Pario::Place>(4, 726333));
   EXPECT_EQ(places(OnVrf{"red"}), std::vector<Pario::Place>(4, 726333 + 1647959867392));

@@ -185,6 +185,9 @@ TEST_F(PolicyTranslatePerRule, WithoutVersionOneItDeletesAllOrigins) {
   sm = VelaPolicyMonitor::policyTranslatePerRuleSmFactory(p1(20000), nullptr, v2, cookie);
   EXPECT_TRUE(v2->origin().empty());
   EXPECT_TRUE(sm->perOriginSm().empty());
+  v2->originIs("mail");
+  sm->handleOrigin("mail");
+  EXPECT_TRUE(v2->origin().empty());
 }
 
 TEST_F(PolicyTranslatePerRule, WithoutVersionTwoRemovesAndCleansUpWithoutHarm) {

@@ -226,6 +226,9 @@ TEST_F(PolicyTranslatePerVrf, WithoutVersionOneItDeletesAllRules) {
   sm = VelaPolicyMonitor::policyTranslatePerVrfSmFactory(VrfName("red"), "net-red", nullptr, v2);
   EXPECT_TRUE(v2->rule().empty());
   EXPECT_TRUE(sm->initComplete());
+  v2->ruleIs(p2(15000));
+  sm->handleRule(p1(15000));
+  EXPECT_TRUE(v2->rule().empty());
 }
 
 TEST_F(PolicyTranslatePerVrf, WithoutVersionTwoRemovesAndCleansUpWithoutHarm) {

@@ -74,6 +74,9 @@ TEST_F(ServiceDeviceNulls, AVrfWithoutVersion1HasNoInterfaces) {
   EXPECT_EQ(v2->vrfName(), "red");
   EXPECT_EQ(v2->timestamp(), 1000.0);
   EXPECT_TRUE(vrf->initComplete());
+  v2->l3IntfIs(IpGenAddr("10.0.0.2"));
+  vrf->handleL3Intf(IpGenAddr("10.0.0.2"));
+  EXPECT_TRUE(v2->l3Intf().empty());
 }
 
 TEST_F(ServiceDeviceNulls, AnInterfaceWithoutVersion1HasNoSubnets) {
