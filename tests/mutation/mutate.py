@@ -4,13 +4,14 @@
 usage: mutate.py make BUILD
        mutate.py run BUILD [FOLDER | FILE[:LINE]]...
 
-make  writes BUILD/tree, a copy of the project in which the sources of FOLDERS hold all their mutants
+make  writes into BUILD a copy of the project in which the sources of FOLDERS hold all their mutants
       at once (mutants.py), and which is then built like the project itself
-run   runs the tests in BUILD/build against each mutant, prints what survived, and fails when less
+run   runs the tests of that build against each mutant, prints what survived, and fails when less
       than 95 % were noticed, or when survivors.txt explains one that was
 
-Each mutant has the tests that come by its place, as seen in one run without mutants: the quickest
-program first, until one fails, is killed by a signal, or takes ten times the time of its processor.
+Each mutant has the tests that come by its place, as seen in one run without mutants: first the dozen
+that come by the fewest places, then all others, until one fails, is killed by a signal, or takes ten
+times the time of the processor that it takes without a mutant.
 A mutant whose place no test comes by has survived.
 """
 

@@ -222,6 +222,16 @@ TEST_F(MatchAddresses, WalksTraceTheirAdditionsAndRemovalsAtTheLevelOfEntryLines
                    kMatch(7, "handleDstIpRange() return")}));
 }
 
+TEST_F(MatchAddresses, MarksTheCookieWhenItIsMadeIfThereIsAnythingToMirror) {
+  sm = VelaPolicyMonitor::policyTranslateMatchSmFactory(v1, v2, cookie);
+  EXPECT_FALSE(marked());
+  sm.reset();
+  v1->srcIpIs(kP);
+  const auto fresh = VelaL3V2::VelaMatchConfig::VelaMatchConfigIs();
+  sm = VelaPolicyMonitor::policyTranslateMatchSmFactory(v1, fresh, cookie);
+  EXPECT_TRUE(marked());
+}
+
 TEST_F(MatchAddresses, WithoutVersionOneEveryAddressGoes) {
   v2->srcIpIs(kP);
   v2->dstIpRangeIs(kRange2);
