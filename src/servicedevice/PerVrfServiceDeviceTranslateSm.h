@@ -29,6 +29,7 @@ class PerVrfServiceDeviceTranslateSm final
   KEL_CONST(130, vrfName, L3::VrfName)
   KEL_CONST(131, netVrfName, String)
   SM_INPUT(132, vrfConfigV1, const VelaL3::VrfConfig)
+  /// Never null: the constructor writes to it.
   KEL_CONST(133, vrfConfigV2, Brix::Ptr<VelaL3V2::NetVrfConfig>)
   SM_CHILDREN(134, perL3IntfSm, l3IntfAddr, PerL3IntfServiceDeviceTranslateSm)
   KEL_CONST(135, cookie, Brix::Ptr<UpdateCookie>)
