@@ -3,6 +3,7 @@ include(CTest)
 include(GNUInstallDirs)
 option(VELA_BUILD_HOST "Build the program vpm" ON)
 option(VELA_BENCH "Build the benchmarks" OFF)
+option(VELA_UNITY "Compile the sources of vpm in bunches: from scratch that takes half the time" ON)
 option(VELA_FUZZ "Build the fuzz targets with clang's fuzzer" OFF)
 
 set(CMAKE_CXX_STANDARD 20)

@@ -6,7 +6,7 @@
 namespace Host {
 namespace {
 
-std::string quoted(std::string_view name) {
+std::string inQuotes(std::string_view name) {
   constexpr std::size_t kMost = 80;
   return concat({"\"", name.substr(0, kMost), name.size() > kMost ? "...\"" : "\""});
 }
@@ -39,11 +39,11 @@ std::string whyNoContainer(std::string_view name) {
   for (const Node* const top : configured()) {
     qualified.push_back(qualifiedName(*top));
     if (top->name == name) {
-      return concat({quoted(name), " lacks its module at the top of a document; write \"",
+      return concat({inQuotes(name), " lacks its module at the top of a document; write \"",
                      qualified.back(), "\""});
     }
   }
-  return concat({"there is no container ", quoted(name), "; expected ", joined(qualified),
+  return concat({"there is no container ", inQuotes(name), "; expected ", joined(qualified),
                  didYouMean(name, {qualified.begin(), qualified.end()})});
 }
 
@@ -51,7 +51,7 @@ std::string whyNoNode(const Node& parent, std::string_view name) {
   if (const std::size_t colon = name.find(':'); colon != std::string_view::npos) {
     std::size_t hint = 0;
     if (parent.child(name.substr(colon + 1), hint) != nullptr) {
-      return concat({quoted(name), " names the wrong module; here it is ", parent.module});
+      return concat({inQuotes(name), " names the wrong module; here it is ", parent.module});
     }
   }
   std::vector<std::string_view> names;
@@ -61,7 +61,7 @@ std::string whyNoNode(const Node& parent, std::string_view name) {
     }
   }
   const std::string meant = didYouMean(name, names);
-  return concat({quoted(name), " is unknown in ", parent.name,
+  return concat({inQuotes(name), " is unknown in ", parent.name,
                  meant.empty() ? concat({"; expected ", joined(names)}) : meant});
 }
 
@@ -77,7 +77,7 @@ std::string whyNotLeftOver(std::string_view name) {
       left.push_back(qualifiedName(*top));
     }
   }
-  return concat({quoted(name), " is no state of version 2; expected ", joined(left),
+  return concat({inQuotes(name), " is no state of version 2; expected ", joined(left),
                  ", as a run has printed them"});
 }
 

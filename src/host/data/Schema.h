@@ -46,6 +46,8 @@ struct Node {
   /// The child of this name; null when there is none. `hint` is where the search begins, and is
   /// set to the position behind the child found.
   const Node* child(std::string_view wanted, std::size_t& hint) const;
+  /// Whether what it describes is an entity of its own, one that comes and goes.
+  bool isObject() const { return kind == Kind::list || kind == Kind::presence; }
   bool isKey() const { return parent != nullptr && position < parent->keys; }
   std::size_t position = 0;  ///< among the children of `parent`
 };

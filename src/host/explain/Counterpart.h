@@ -14,6 +14,11 @@ const Node* sourceOf(const Node& node2);
 /// The same key as the other generation has it; null when it cannot have it.
 OwnedValue sameKey(const Kel::ValueType& from, const void* key, const Kel::ValueType& to);
 
+/// What the row of an attribute that holds objects has found.
+inline const Kel::PtrInterface* asObject(const void* found) {
+  return static_cast<const Kel::PtrInterface*>(found);
+}
+
 /// A value as text.
 std::string valueText(const Kel::ValueType& type, const void* value);
 /// What tells an entry from its siblings, as text: "fw1", "443, 6".

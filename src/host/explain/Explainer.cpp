@@ -12,14 +12,6 @@
 namespace Host {
 namespace {
 
-bool isObject(const Node& node) {
-  return node.kind == Node::Kind::list || node.kind == Node::Kind::presence;
-}
-
-const Kel::PtrInterface* asObject(const void* found) {
-  return static_cast<const Kel::PtrInterface*>(found);
-}
-
 std::string keyOf(const OwnedStep& step) {
   return step.key == nullptr ? "" : keyText(*step.node, step.keyPlace());
 }
@@ -57,7 +49,7 @@ Explanation Explainer::explain(const TreePath& path) {
     } else if (i == kVrf && step1 == nullptr && step2->key != nullptr) {
       owner();
     }
-    if (step1 != nullptr && isObject(*step1->node)) {
+    if (step1 != nullptr && step1->node->isObject()) {
       const bool known2 = step2 != nullptr && object2_ != nullptr;
       machine(*step1,
               known2 ? asObject(step2->node->row->find(*object2_, step2->keyPlace())) : nullptr);
@@ -122,9 +114,9 @@ void Explainer::version1(const OwnedStep& step) {
     const Node& last = *way1_.back().node;
     explanation_.remedy = last.kind == Node::Kind::leaf
                               ? ""
-                              : updateLine(pathOf(stepsOf(way1_)), isObject(last) ? "{}" : "");
+                              : updateLine(pathOf(stepsOf(way1_)), last.isObject() ? "{}" : "");
   }
-  object1_ = isObject(node) ? asObject(value) : object1_;
+  object1_ = node.isObject() ? asObject(value) : object1_;
 }
 
 void Explainer::record() {

@@ -12,10 +12,6 @@ namespace {
 
 using Kel::RowKind;
 
-const Kel::PtrInterface* asObject(const void* found) {
-  return static_cast<const Kel::PtrInterface*>(found);
-}
-
 std::string typeOf(const Kel::PtrInterface& object) { return object.fwkType().descriptor().name; }
 
 /// The attribute of a state machine that has the machines for what `node` describes.
@@ -39,10 +35,6 @@ const Kel::PtrInterface* givenOf(const Kel::PtrInterface& machine, const std::st
 const void* valueOf(const Kel::PtrInterface& object, std::string_view name) {
   const Kel::Row* const row = object.fwkType().descriptor().row(name);
   return row == nullptr ? nullptr : row->find(object, nullptr);
-}
-
-bool isObject(const Node& node) {
-  return node.kind == Node::Kind::list || node.kind == Node::Kind::presence;
 }
 
 }  // namespace
@@ -122,7 +114,7 @@ void Explainer::version2(const OwnedStep& step, const OwnedStep* step1, const Ob
   }
   add({concat({"version-2 ", node.name}), key, path2To(step), found, text}, why,
       step1 != nullptr && machine_ != nullptr && !isStuck ? notifyLine(path1To(*step1)) : "");
-  object2_ = isObject(node) ? asObject(value) : object2_;
+  object2_ = node.isObject() ? asObject(value) : object2_;
 }
 
 /// What a leaf of version 2 has to be; none: that is no copy.
@@ -147,7 +139,7 @@ std::optional<std::string> Explainer::wantedText(const OwnedStep& leaf2, const O
 }
 
 void Explainer::stamp() {
-  if (object2_ == nullptr || way2_.size() <= kVrf || !isObject(*way2_[kVrf].node)) {
+  if (object2_ == nullptr || way2_.size() <= kVrf || !way2_[kVrf].node->isObject()) {
     return;
   }
   const void* const time = valueOf(*object2_, "timestamp");

@@ -16,7 +16,7 @@ const Kel::Row& childrenOf(const Kel::PtrInterface& machine) {
 }
 
 const Kel::PtrInterface* machineBelow(const Kel::PtrInterface& machine, const void* key) {
-  return static_cast<const Kel::PtrInterface*>(childrenOf(machine).find(machine, key));
+  return asObject(childrenOf(machine).find(machine, key));
 }
 
 /// What a machine was given under this name, as text.

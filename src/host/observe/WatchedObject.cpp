@@ -11,10 +11,6 @@ namespace {
 
 using Kind = Event::Kind;
 
-bool isObject(const Node& node) {
-  return node.kind == Node::Kind::list || node.kind == Node::Kind::presence;
-}
-
 std::string stepTo(const Node& child, const void* key) {
   const Step step{&child, key};
   return pathOf({&step, 1}).substr(1);
@@ -114,7 +110,7 @@ void WatchedObject::notify(const Brix::Publisher& /*publisher*/, Subscriber& sub
 void WatchedObject::changed(const Node& child, const void* key) {
   if (child.kind == Node::Kind::leaf) {
     leafChanged(child);
-  } else if (isObject(child)) {
+  } else if (child.isObject()) {
     objectChanged(child, key);
   } else {
     memberChanged(child, key);
@@ -156,7 +152,7 @@ void WatchedObject::memberChanged(const Node& list, const void* key) {
 }
 
 void WatchedObject::tellAll(EventReceiver& receiver) const {
-  if (isTold() && isObject(node_)) {
+  if (isTold() && node_.isObject()) {
     receiver.event({Kind::add, path()});
   }
   for (const auto& [leaf, value] : leaves_) {
@@ -187,7 +183,7 @@ void WatchedObject::tellGone() const {
   for (const auto& [step, child] : children_) {
     child->tellGone();
   }
-  if (depth_ + 1 == owner_.path_.size() && !isObject(*next()->node)) {
+  if (depth_ + 1 == owner_.path_.size() && !next()->node->isObject()) {
     tellTargetGone();
   }
 }
