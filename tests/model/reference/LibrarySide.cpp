@@ -181,6 +181,7 @@ LibrarySide::LibrarySide(const Seen& seen)
 }
 
 LibrarySide::~LibrarySide() {
+  refusals.clear();  // of an operation that has ended another process
   close();
   Kel::TextTrace::facility("VelaPolicyMonitor").levelsAre(0);
   Kel::TextTrace::sinkIs(std::move(sinkBefore_));
