@@ -6,11 +6,13 @@
 namespace {
 
 thread_local std::size_t allocationsUntilFailure = 0;  // 0: none fails
+thread_local std::size_t untilNextFailure = 0;         // once one has failed
 thread_local bool hasFailed = false;
 
 void* allocate(std::size_t size, std::size_t align) {
   if (allocationsUntilFailure != 0 && --allocationsUntilFailure == 0) {
     hasFailed = true;
+    allocationsUntilFailure = untilNextFailure;
     throw std::bad_alloc();
   }
   void* block = nullptr;
@@ -27,8 +29,9 @@ void* allocate(std::size_t size, std::size_t align) {
 
 }  // namespace
 
-FailingMemory::FailingMemory(std::size_t nth) noexcept {
+FailingMemory::FailingMemory(std::size_t nth, Then then) noexcept {
   hasFailed = false;
+  untilNextFailure = then == Then::staysAway ? 1 : 0;
   allocationsUntilFailure = nth;
 }
 

@@ -6,7 +6,10 @@
 /// and so on. Anything a test itself allocates meanwhile counts as well.
 class FailingMemory {
  public:
-  explicit FailingMemory(std::size_t nth) noexcept;
+  /// What comes after the `nth` allocation: more memory, or none any more.
+  enum class Then { recovers, staysAway };
+
+  explicit FailingMemory(std::size_t nth, Then then = Then::recovers) noexcept;
   FailingMemory(const FailingMemory&) = delete;
   FailingMemory& operator=(const FailingMemory&) = delete;
   ~FailingMemory();

@@ -3,7 +3,6 @@
 #include <set>
 
 #include "VelaL3/VelaL3.h"
-#include "model/reference/LibrarySide.h"
 #include "monitor/Status.h"
 
 namespace Reference {
@@ -254,6 +253,12 @@ void redeliver(LibrarySide& world, Past& past) {
 }
 
 }  // namespace
+
+Text differenceFromFresh(const LibrarySide& world) {
+  ScratchOutcome outcome;
+  compare(world, Past(world), outcome);
+  return outcome.difference;
+}
 
 ScratchOutcome compareWithScratch(const std::vector<Operation>& operations, std::size_t every) {
   ScratchOutcome outcome;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 
+#include "model/reference/LibrarySide.h"
 #include "model/reference/Operation.h"
 
 namespace Reference {
@@ -19,5 +20,9 @@ struct ScratchOutcome {
 /// copies of version 1 and of the records, with an empty version 2, and compares both versions 2.
 /// The operations only write version 1 and the records, and redeliver.
 ScratchOutcome compareWithScratch(const std::vector<Operation>& operations, std::size_t every);
+
+/// The first difference between this world, whose roots have just been started, and fresh roots on
+/// copies of version 1 and of the records; empty: none but those that are intended.
+Text differenceFromFresh(const LibrarySide& world);
 
 }  // namespace Reference

@@ -10,6 +10,7 @@
 #include "model/reference/Run.h"
 #include "model/reference/Scratch.h"
 #include "model/reference/Soak.h"
+#include "model/reference/Starve.h"
 #include "model/reference/Worlds.h"
 
 namespace {
@@ -23,6 +24,7 @@ constexpr const char* kUsage = R"(usage: reference random  FROM-TO OPERATIONS EV
        reference shrink  SEED OPERATIONS
        reference soak    OPERATIONS [SEED]
        reference lines   SEED OPERATIONS LOG
+       reference starve  FROM-TO OPERATIONS
 
 Sets the library beside the reference model, the state machines' second implementation.
 
@@ -39,6 +41,9 @@ Sets the library beside the reference model, the state machines' second implemen
   shrink   finds and prints the fewest operations of a seed that still differ or end the process
   lines    prints calm operations of a seed as change lines for vpm replay, those that there are
            lines for, and writes what the model logs of them into the file LOG
+  starve   makes each allocation of each operation fail, once and with all behind it, in processes of
+           their own; of odd seeds the operations are calm, and it is compared with a fresh translation
+           what then becomes of the world
   soak     does so many changes of version 1 and of the records to one world of the library, without
            the model. Fails when the resident memory has grown by more than 1 % since a tenth of
            them, or when the time that 99 of 100 changes stay below is by more than 5 % that of a
@@ -245,6 +250,32 @@ int lines(const Arguments& arguments) {
   return 0;
 }
 
+int starve(const Arguments& arguments) {
+  const auto [from, to] = arguments.seeds(2);
+  StarveOutcome sum;
+  for (std::uint64_t seed = from; seed <= to; ++seed) {
+    const bool calm = seed % 2 == 1;
+    Seen seen;
+    const std::size_t count = arguments.number(3, 100);
+    const auto operations = calm ? calmOperationsOf(seed, count) : operationsOf(seed, count, seen);
+    const StarveOutcome outcome = starve(operations, calm);
+    if (!outcome.difference.empty()) {
+      std::printf("seed %llu, operation %zu, %s\n", static_cast<unsigned long long>(seed),
+                  outcome.operations, outcome.difference.c_str());
+      print({operations.begin(),
+             operations.begin() + static_cast<std::ptrdiff_t>(outcome.operations)});
+      return 1;
+    }
+    sum.operations += outcome.operations;
+    sum.failures += outcome.failures;
+    sum.endings += outcome.endings;
+  }
+  std::printf(
+      "%zu operations, %zu failed allocations, %zu ends of the process for want of memory\n",
+      sum.operations, sum.failures, sum.endings);
+  return 0;
+}
+
 int soak(const Arguments& arguments) {
   const SoakOutcome outcome = Reference::soak(
       std::max<std::size_t>(arguments.number(2, 1000000) / 100, 1) * 100, arguments.number(3, 1));
@@ -282,6 +313,9 @@ int main(int argc, char** argv) {
   }
   if (what == "soak") {
     return soak(arguments);
+  }
+  if (what == "starve") {
+    return starve(arguments);
   }
   if (what == "worlds") {
     return worlds(arguments);
