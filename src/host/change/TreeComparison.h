@@ -10,7 +10,7 @@ namespace Host {
 /// The change has only what differs between the two. What is not there any more, or is already as
 /// it should be, is left out, so that the change always fits. An entry that has been deleted from
 /// the running state comes back whole when something in it has changed. What a new entry does not
-/// say is not written.
+/// say is not written. The monitor's records come first, so that a new device finds its own.
 ///
 /// Deliberate: a signal's time that is in the first state and not in the second is left as it is,
 /// like in a replacement (see TreeEditor).

@@ -100,6 +100,14 @@ TEST(TreeComparison, TellsEntriesThatCameWholeAndWithoutWhatTheyDoNotSay) {
                             R"("dst-l4-app":[{"port":80,"protocol":6}]},"log":true}]})"));
 }
 
+TEST(TreeComparison, TellsOfTheRecordBeforeTheDeviceThatIsToFindIt) {
+  const std::string device = R"({"vela-l3:policy-source":{"policy-set":[{"device-name":"fw1"}]},)";
+  const std::string names = R"("net-vrf-name-by-vrf":[{"vrf-name":"red","net-vrf-name":"n"}])";
+  EXPECT_EQ(changeOf("{}", device + record(names).substr(1)),
+            R"({"update":[{"path":")" + kRecord + R"(","value":{)" + names + R"(}},{"path":")" +
+                kSet + R"(","value":{}}]})");
+}
+
 TEST(TreeComparison, TellsEntriesThatWent) {
   EXPECT_EQ(changeOf(origin(""), policy("")), R"({"delete":[")" + kRule + R"("]})");
   EXPECT_EQ(changeOf(origin(R"("match":{})"), origin("")),
