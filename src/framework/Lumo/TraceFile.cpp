@@ -79,8 +79,7 @@ std::byte* TraceFile::begin(std::uint32_t site, std::size_t size, std::uint64_t 
   }
   const std::size_t needed = kRecordHeader + size;
   stamp = rising(stamp);
-  if ((site >= published_ && !publish()) ||
-      (static_cast<std::size_t>(end_ - at_) < needed && !nextSegment(needed, stamp))) {
+  if ((site >= published_ && !publish()) || (!fits(needed) && !nextSegment(needed, stamp))) {
     drop();
     lock_.leave();
     return nullptr;

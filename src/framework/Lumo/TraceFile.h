@@ -96,25 +96,25 @@ class TraceFile {
   void abandon() noexcept { lock_.leave(); }
 
   /// All of that at once, when nothing is needed for it but to store a few numbers. `copy` is given
-  /// the place for the values and returns what is behind its last byte, or null to leave the ring
-  /// as it was. False when nothing was written, for that or any other reason: `begin` decides.
+  /// the place for the values, `size` bytes, and returns false to leave the ring as it was. False
+  /// when nothing was written, for that or any other reason: `begin` decides.
   template <class Copy>
   [[gnu::always_inline]] bool tryRecord(std::uint32_t site, std::size_t size, std::uint64_t stamp,
                                         double seconds, std::uint64_t subject, Copy copy) noexcept {
     if (!lock_.tryEnter()) [[unlikely]] {
       return false;
     }
-    std::byte* end = nullptr;
-    if (site < published_ && static_cast<std::size_t>(end_ - at_) >= kRecordHeader + size)
-        [[likely]] {
+    bool written = false;
+    if (site < published_ && fits(kRecordHeader + size)) [[likely]] {
       stamp = rising(stamp);
-      end = copy(open(site, stamp, seconds, subject));
-      if (end != nullptr) [[likely]] {
+      std::byte* const end = at_ + kRecordHeader + size;
+      written = copy(open(site, stamp, seconds, subject));
+      if (written) [[likely]] {
         seal(end, stamp);
       }
     }
     lock_.leaveOwned();
-    return end != nullptr;
+    return written;
   }
 
   /// Writes the ring as it is now, with metadata, into `directory`: for a ring without files. A
@@ -131,6 +131,10 @@ class TraceFile {
  private:
   explicit TraceFile(std::unique_ptr<Segments> segments);
   PacketHeader& packet(std::size_t index) const noexcept;
+  // Whether the current segment, if there is one, has room for so many bytes more.
+  bool fits(std::size_t bytes) const noexcept {
+    return reinterpret_cast<std::uintptr_t>(at_) + bytes <= reinterpret_cast<std::uintptr_t>(end_);
+  }
   // What is stored as the stamp of the next record.
   std::uint64_t rising(std::uint64_t stamp) const noexcept {
     return stamp > last_ ? stamp : last_ + 1;

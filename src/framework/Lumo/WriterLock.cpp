@@ -18,10 +18,11 @@ bool WriterLock::enterSlowly() noexcept {
   const std::uintptr_t self = thisThread();
   std::uintptr_t nobody = kNobody;
   if (!shared_.load() && owner_.compare_exchange_strong(nobody, self)) {
+    free_.store(self, std::memory_order_relaxed);
     return enter();
   }
   if (holder_.load(std::memory_order_relaxed) == self ||
-      (owner_.load(std::memory_order_relaxed) == self && busy_.load(std::memory_order_relaxed))) {
+      (owner_.load(std::memory_order_relaxed) == self && busy())) {
     return false;
   }
   for (nobody = kNobody; !holder_.compare_exchange_weak(nobody, self, std::memory_order_acquire);
@@ -32,7 +33,7 @@ bool WriterLock::enterSlowly() noexcept {
     shared_.store(true);
     membarrier(MEMBARRIER_CMD_PRIVATE_EXPEDITED);
   }
-  while (busy_.load(std::memory_order_acquire)) {
+  while (busy()) {
     sched_yield();
   }
   spinning_ = true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -86,13 +87,12 @@ class Copier {
     }
   }
 
-  /// Behind the last byte; null when there was a NUL.
-  std::byte* end() const noexcept { return clean() ? to_ : nullptr; }
+  /// Whether there was no NUL.
+  bool clean() const noexcept { return std::bit_cast<std::uint64_t>(least_ == Bytes{}) == 0; }
 
  private:
-  static constexpr std::uint64_t kOnes = 0x0101010101010101U;
-
-  bool clean() const noexcept { return (zeros_ & (kOnes << 7U)) == 0; }
+  // One register, whose bytes are compared all at once.
+  using Bytes [[gnu::vector_size(8)]] = unsigned char;
 
   // Names are short: a few words that overlap are faster than two calls, for copying and for
   // searching.
@@ -100,45 +100,45 @@ class Copier {
     const std::size_t size = text.size();
     const char* const from = text.data();
     if (size >= 8) {
-      copyWord<std::uint64_t>(from, 0);
-      // That it may end early keeps compilers from making much of a loop that is seldom entered.
-      for (std::size_t at = 8; at + 8 < size && clean(); at += 8) {
-        copyWord<std::uint64_t>(from, at);
+      search(copyWord<Bytes>(from, 0));
+      for (std::size_t at = 8; at + 8 < size; at += 8) {
+        search(copyWord<Bytes>(from, at));
       }
-      copyWord<std::uint64_t>(from, size - 8);
+      search(copyWord<Bytes>(from, size - 8));
     } else if (size >= 4) {
-      copyWord<std::uint32_t>(from, 0);
-      copyWord<std::uint32_t>(from, size - 4);
-    } else {
-      for (std::size_t at = 0; at < size; ++at) {
-        copyWord<std::uint8_t>(from, at);
-      }
+      const std::uint64_t first = copyWord<std::uint32_t>(from, 0);
+      search(std::bit_cast<Bytes>(first << 32U | copyWord<std::uint32_t>(from, size - 4)));
+    } else if (size != 0) {
+      const std::uint64_t first = copyWord<std::uint8_t>(from, 0);
+      const std::uint64_t middle = copyWord<std::uint8_t>(from, size / 2);
+      const std::uint64_t last = copyWord<std::uint8_t>(from, size - 1);
+      search(std::bit_cast<Bytes>(first << 16U | middle << 8U | last | ~std::uint64_t{0xffffff}));
     }
     to_[size] = std::byte{0};
     to_ += size + 1;
   }
 
   template <class Word>
-  [[gnu::always_inline]] void copyWord(const char* from, std::size_t at) noexcept {
-    Word word = 0;
+  [[gnu::always_inline]] Word copyWord(const char* from, std::size_t at) noexcept {
+    Word word{};
     std::memcpy(&word, from + at, sizeof word);
     std::memcpy(to_ + at, &word, sizeof word);
-    constexpr auto kBytes = static_cast<Word>(~Word{0});
-    const std::uint64_t bytes = ~std::uint64_t{kBytes} | word;  // none of those beyond is a NUL
-    zeros_ |= (bytes - kOnes) & ~bytes;
+    return word;
+  }
+  [[gnu::always_inline]] void search(Bytes word) noexcept {
+    least_ = word < least_ ? word : least_;
   }
 
   std::byte* to_;
-  std::uint64_t zeros_ = 0;  // the highest bit of a byte is set where a word had a NUL
+  Bytes least_ = ~Bytes{};  // the least byte at each of the eight places of a word
 };
 
-/// Copies pieces to `to` and returns what is behind the last byte; null for text with a NUL inside.
+/// Copies pieces to `to`, where they take recordedSize bytes; false for text with a NUL inside.
 template <class... Pieces>
-[[gnu::always_inline]] inline std::byte* copyPieces(std::byte* to,
-                                                    const Pieces&... pieces) noexcept {
+[[gnu::always_inline]] inline bool copyPieces(std::byte* to, const Pieces&... pieces) noexcept {
   Copier copier(to);
   (copier.copy(pieces), ...);
-  return copier.end();
+  return copier.clean();
 }
 
 /// The piece, with text in a form in which the binary trace can hold it.

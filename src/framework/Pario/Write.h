@@ -37,15 +37,16 @@ template <class... Pieces>
 template <class... Pieces>
 bool writeBinary(const Site& site, Place place, const Pieces&... pieces) noexcept {
   Lumo::TraceFile* const ring = Lumo::defaultHandle();
-  std::byte* const at = ring == nullptr ? nullptr
-                                        : ring->begin(site.id, recordedSize(pieces...),
-                                                      openEvent.stamp, openEvent.seconds, place);
+  const std::size_t size = recordedSize(pieces...);
+  std::byte* const at = ring == nullptr
+                            ? nullptr
+                            : ring->begin(site.id, size, openEvent.stamp, openEvent.seconds, place);
   if (at == nullptr) {
     return true;
   }
-  std::byte* const end = copyPieces(at, pieces...);
-  end != nullptr ? ring->finish(end) : ring->abandon();
-  return end != nullptr;
+  const bool whole = copyPieces(at, pieces...);
+  whole ? ring->finish(at + size) : ring->abandon();
+  return whole;
 }
 
 /// Writes the record with every NUL inside a text escaped.
