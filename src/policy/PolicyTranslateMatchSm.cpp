@@ -128,6 +128,12 @@ void PolicyTranslateMatchSm::handleInitialized() {
   const Handling run{*this, kTrace, "handleInitialized()"};
   run.enter();
   initialized_ = true;
+  if (matchV1()) {
+    // Nobody may have been at them for long. Those that most matches fill are fetched at once, and
+    // not each when its turn comes.
+    const auto prefetch = [this](const auto&... set) { ((*matchV1().*set.v1)().prefetch(), ...); };
+    prefetch(kSrcIp, kSrcIpRange, kDstIp, kDstIpRange, kDstL4App);
+  }
   handleSrcIp();
   handleSrcIpRange();
   handleDstIp();

@@ -92,6 +92,8 @@ class Set {
   void fill(const Set& other) { table_.fill(other.table_); }
   /// Makes room for `size` keys, not more.
   void reserve(std::size_t size) { table_.reserve(size); }
+  /// Has its memory fetched while other things are done; as much as sets of a usual size have.
+  void prefetch() const noexcept { table_.prefetch(); }
   std::size_t heapBytes() const noexcept { return table_.heapBytes(); }
 
   Iterator begin() const noexcept { return empty() ? Iterator() : Iterator(*this); }

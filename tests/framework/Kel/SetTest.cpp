@@ -112,6 +112,16 @@ TEST(Set, TakesKeysOfEveryNumberAndEnumeration) {
   EXPECT_EQ(numbers.size(), 64U);
 }
 
+TEST(Set, IsTheSameAfterAPrefetch) {
+  Set<std::uint32_t> set;
+  set.prefetch();
+  EXPECT_TRUE(set.empty());
+  set.insert(7);
+  set.prefetch();
+  EXPECT_TRUE(set.contains(7));
+  EXPECT_EQ(set.size(), 1U);
+}
+
 TEST(Set, FillsStandardContainersFromItsIterators) {
   Set<std::uint32_t> set;
   for (const std::uint32_t key : {3U, 1U, 2U}) {
