@@ -150,6 +150,26 @@ TEST_F(MatchAddresses, TheFirstWalkTellsWhoWatchesVersion2OfEachKey) {
   EXPECT_TRUE(v2->srcIp(kP));
 }
 
+TEST_F(MatchAddresses, AWalkIntoAnEmptySetThatNobodyWatchesTracesEachKey) {
+  v2 = v2Unwatched();
+  makeDeaf();
+  v1->srcIpIs(kP);
+  v1->srcIpIs(kR);
+  v1->dstIpRangeIs(kRange1);
+  BothTraces traces;
+  sm->handleSrcIp();
+  sm->handleDstIpRange();
+  EXPECT_EQ(traces.take(),
+            (Lines{kMatch(8, "handleSrcIp()"), kMatch(8, "handleSrcIp() add src ip: 10.1.0.0/16"),
+                   kMatch(8, "handleSrcIp() add src ip: 2001:db8::/32"),
+                   kMatch(7, "handleSrcIp() return"), kMatch(8, "handleDstIpRange()"),
+                   kMatch(8, "handleDstIpRange() add dst ip range:  IP range: 10.1.0.1-10.1.0.9"),
+                   kMatch(7, "handleDstIpRange() return")}));
+  EXPECT_TRUE(v2->srcIp(kP) && v2->srcIp(kR));
+  EXPECT_EQ(v2->dstIpRange().size(), 1U);
+  EXPECT_TRUE(marked());
+}
+
 TEST_F(MatchAddresses, KeyedHandlersHaveNoEntryLine) {
   make();
   BothTraces traces;

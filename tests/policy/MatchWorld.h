@@ -46,6 +46,15 @@ class MatchWorld : public PolicyWorld {
     }
   }
 
+  /// Another match of version 2, which nobody watches.
+  Ptr<MatchV2> v2Unwatched() const {
+    return sourceV2->policySet("fw1")
+        ->policy("net-red")
+        ->rule(p2(20000))
+        ->originIs("dns")
+        ->matchIs();
+  }
+
   Ptr<VelaL3::VelaMatchConfig> v1 = matchV1();
   Ptr<VelaL3V2::VelaMatchConfig> v2 = sourceV2->policySetIs(Vela::DeviceName("fw1"))
                                           ->policyIs("net-red")

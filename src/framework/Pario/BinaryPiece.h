@@ -88,11 +88,11 @@ class Copier {
   }
 
   /// Whether there was no NUL.
-  bool clean() const noexcept { return std::bit_cast<std::uint64_t>(least_ == Bytes{}) == 0; }
+  bool clean() const noexcept { return std::bit_cast<std::uint64_t>(zeros_) == 0; }
 
  private:
   // One register, whose bytes are compared all at once.
-  using Bytes [[gnu::vector_size(8)]] = unsigned char;
+  using Bytes [[gnu::vector_size(8)]] = signed char;
 
   // Names are short: a few words that overlap are faster than two calls, for copying and for
   // searching.
@@ -125,12 +125,10 @@ class Copier {
     std::memcpy(to_ + at, &word, sizeof word);
     return word;
   }
-  [[gnu::always_inline]] void search(Bytes word) noexcept {
-    least_ = word < least_ ? word : least_;
-  }
+  [[gnu::always_inline]] void search(Bytes word) noexcept { zeros_ |= word == Bytes{}; }
 
   std::byte* to_;
-  Bytes least_ = ~Bytes{};  // the least byte at each of the eight places of a word
+  Bytes zeros_{};  // all bits of a byte are set where a word had a NUL
 };
 
 /// Copies pieces to `to`, where they take recordedSize bytes; false for text with a NUL inside.

@@ -122,6 +122,22 @@ TEST(Set, IsTheSameAfterAPrefetch) {
   EXPECT_EQ(set.size(), 1U);
 }
 
+TEST(Set, IsFilledFromOneThatHasHadManyMoreKeys) {
+  Set<std::uint32_t> from;
+  for (std::uint32_t key = 0; key != 100; ++key) {
+    from.insert(key);
+  }
+  for (std::uint32_t key = 3; key != 100; ++key) {
+    from.erase(key);
+  }
+  Set<std::uint32_t> set;
+  set.fill(from);
+  EXPECT_EQ(std::vector<std::uint32_t>(set.begin(), set.end()), (std::vector{0U, 1U, 2U}));
+  EXPECT_TRUE(set.contains(1));
+  EXPECT_FALSE(set.contains(3));
+  EXPECT_LT(set.heapBytes(), from.heapBytes());
+}
+
 TEST(Set, FillsStandardContainersFromItsIterators) {
   Set<std::uint32_t> set;
   for (const std::uint32_t key : {3U, 1U, 2U}) {
