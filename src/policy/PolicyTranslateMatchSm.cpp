@@ -229,7 +229,7 @@ template <const auto& Mirrored>
 void PolicyTranslateMatchSm::fill(const Handling& run) {
   const auto& from = (*matchV1().*Mirrored.v1)();
   if constexpr (Mirrored.add != nullptr) {
-    if (run.listens(Mirrored.walkLevel)) {
+    if (Handling::listens(Mirrored.walkLevel)) {
       for (const auto& key : from) {
         run.decide(Mirrored.walkLevel, Mirrored.add, key);
       }

@@ -105,11 +105,12 @@ Datum datumOf(const Node& node, const OwnedValue& key, const void* found) {
 Change TreeComparison::run() {
   // The monitor's records, which are the last, come first: a new device is translated by the record
   // that it finds.
-  const auto& tops = Schema::instance().tops();
-  for (auto top = tops.rbegin(); top != tops.rend(); ++top) {
-    if (const Container& each = *(*top)->top; !each.state) {
-      path_ = {{*top}};
-      members(**top, {each.root(before_), each.root(after_), &each.root(running_)});
+  std::vector<const Node*> tops = Schema::instance().tops();
+  std::ranges::reverse(tops);
+  for (const Node* const top : tops) {
+    if (!top->state) {
+      path_ = {{top}};
+      members(*top, {top->top->root(before_), top->top->root(after_), &top->top->root(running_)});
     }
   }
   return std::move(change_);
