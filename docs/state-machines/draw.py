@@ -55,10 +55,9 @@ def entity(name, title, rows, colour):
 
 def tree(root):
     """The tree below a root: version 1 left, the machines in the middle, version 2 right."""
-    found, text, name = machines(), HEAD, root
-    while name:
-        machine, below, children = found[name], None, None
-        handlers = []
+    found, text, names = machines(), HEAD, [root]
+    for name in names:
+        machine, handlers, children = found[name], [], []
         for attribute, kind, target in machine["rows"]:
             if kind == "input":
                 watched = [row for row in machine["reactions"][attribute] if row[1] != "nothing"]
@@ -73,10 +72,10 @@ def tree(root):
                 text += f'  "{name}" -> "{target}" [label="writes"]\n'
             elif kind in ("children", "single"):
                 below = target.split("::")[-1]
-                children = attribute
-                text += f'  "{name}":"{children}":s -> "{below}":n [style=bold, constraint=false]\n'
-        text += entity(name, name, handlers + ([children] if children else []), "#33567f")
-        name = below
+                names.append(below)
+                children.append(attribute)
+                text += f'  "{name}":"{attribute}":s -> "{below}":n [style=bold, constraint=false]\n'
+        text += entity(name, name, handlers + children, "#33567f")
     return text + "}\n"
 
 

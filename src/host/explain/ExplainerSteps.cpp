@@ -14,11 +14,17 @@ using Kel::RowKind;
 
 std::string typeOf(const Kel::PtrInterface& object) { return object.fwkType().descriptor().name; }
 
-/// The attribute of a state machine that has the machines for what `node` describes.
+/// The attribute of a state machine that has the machines which watch what `node` describes.
 const Kel::Row* childrenFor(const Kel::PtrInterface& machine, const Node& node) {
-  const RowKind wanted = node.kind == Node::Kind::list ? RowKind::children : RowKind::single;
+  const std::string_view wanted = node.row->target().name;
+  const auto isWatched = [wanted](const Kel::Row& row) {
+    return row.kind == RowKind::input && row.target().name == wanted;
+  };
   const auto rows = machine.fwkType().descriptor().rows;
-  const auto at = std::ranges::find(rows, wanted, &Kel::Row::kind);
+  const auto at = std::ranges::find_if(rows, [&isWatched](const Kel::Row& row) {
+    return (row.kind == RowKind::children || row.kind == RowKind::single) &&
+           std::ranges::any_of(row.target().rows, isWatched);
+  });
   return at == rows.end() ? nullptr : &*at;
 }
 
