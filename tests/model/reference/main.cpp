@@ -32,7 +32,7 @@ Sets the library beside the reference model, the state machines' second implemen
            lines and notifications after each, the whole worlds after each EVERY-th. Fails at the
            first difference, which is shrunk and printed; and, given SITES, when one of the trace
            sites and branches listed there was come by less than LEAST times (a file that is not
-           there yet is written)
+           there yet is written, with those that were not; the others are printed)
   scratch  the same for a translation that has followed every change beside a fresh one, after each
            EVERY-th operation
   worlds   does all sequences of DEPTH out of 16 operations, in a tiny world of each tree; given
@@ -102,7 +102,11 @@ int checkSites(const Hits& hits, const char* path, long least) {
   if (!known) {
     std::ofstream made(path);
     for (const auto& [site, count] : all) {
-      made << site << "\n";
+      if (count < least) {
+        std::printf("come by %ld times, and so not listed: %s\n", count, site.c_str());
+      } else {
+        made << site << "\n";
+      }
     }
   }
   int status = 0;
