@@ -2,8 +2,11 @@
 #include "text/Concat.h"
 
 namespace Host {
+namespace {
 
 using Kind = Difference::Kind;
+
+}  // namespace
 
 void Audit::vrfs(const Side& side, const ServingRecord& served, const Kel::PtrInterface& device1,
                  const Kel::PtrInterface& device2) {
