@@ -19,6 +19,10 @@ std::unordered_map<const TranslateSm*, Calls>& postponedCalls() {
 
 constinit TranslateSm::Postponed counted;
 
+// How many exceptions were on their way when the innermost machine that is settling now began: what
+// it serves has nothing to do with them.
+constinit int beforeSettling = 0;
+
 /// The next call postponed for `sm`; empty when there is none.
 std::function<void()> nextPostponed(const TranslateSm* sm) {
   const auto at = postponedCalls().find(sm);
@@ -77,6 +81,7 @@ void TranslateSm::onZeroReferences() noexcept {
 
 void TranslateSm::settle() {
   std::exception_ptr first;
+  const int before = std::exchange(beforeSettling, std::uncaught_exceptions());
   catchingUp_ = true;
   while (const auto call = nextPostponed(this)) {  // the machine stays busy while they are served
     if (refCount() == 0 || kelMarkedForDeletion()) {
@@ -91,12 +96,13 @@ void TranslateSm::settle() {
     }
   }
   catchingUp_ = false;
+  beforeSettling = before;
   attention_ = false;
   depth_ = 0;
   if (refCount() == 0) {
     destroy();
   }
-  if (first && std::uncaught_exceptions() == 0) {
+  if (first && std::uncaught_exceptions() == before) {
     std::rethrow_exception(first);
   }
 }

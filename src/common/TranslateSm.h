@@ -149,7 +149,7 @@ static_assert(sizeof(TranslateSm) == 16);
 /// A machine is busy while this lives. At the end of the outermost one, postponed notifications are
 /// served, and the machine is destroyed if its last reference has gone meanwhile: nobody may touch
 /// it afterwards. Raises what a postponed notification has raised, unless an exception is already
-/// on its way.
+/// on its way through the handler.
 class Busy {
  public:
   /// `sm` has to live as long as this.

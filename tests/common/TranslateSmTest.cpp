@@ -102,6 +102,28 @@ TEST_F(LifeOfAMachine, RaisesTheFirstExceptionOfWhatWasPostponedAndServesTheRest
   EXPECT_EQ(served, (std::vector<int>{1, 2, 3}));
 }
 
+TEST_F(LifeOfAMachine, RaisesItsOwnExceptionWhileAnotherMachineIsServedUponOne) {
+  const Brix::Ptr<Machine> other(new Machine(ends), Brix::adopt);
+  try {
+    const Busy busy(*machine);
+    machine->postpone([&] {
+      served.push_back(1);
+      try {
+        const Busy inner(*other);
+        other->postpone([] { throw std::runtime_error("inner"); });
+      } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "inner");
+        served.push_back(2);
+      }
+    });
+    throw std::runtime_error("outer");
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "outer");
+    served.push_back(3);
+  }
+  EXPECT_EQ(served, (std::vector<int>{1, 2, 3}));
+}
+
 TEST_F(LifeOfAMachine, IsBusyForGoodOnceItHasEnded) {
   EXPECT_FALSE(machine->busy());
   machine->retire();
