@@ -81,7 +81,8 @@ void TranslateSm::onZeroReferences() noexcept {
 
 void TranslateSm::settle() {
   std::exception_ptr first;
-  const int before = std::exchange(beforeSettling, std::uncaught_exceptions());
+  const int before = beforeSettling;
+  beforeSettling = std::uncaught_exceptions();
   catchingUp_ = true;
   while (const auto call = nextPostponed(this)) {  // the machine stays busy while they are served
     if (refCount() == 0 || kelMarkedForDeletion()) {
