@@ -122,6 +122,11 @@ TEST_F(LifeOfAMachine, RaisesItsOwnExceptionWhileAnotherMachineIsServedUponOne) 
     served.push_back(3);
   }
   EXPECT_EQ(served, (std::vector<int>{1, 2, 3}));
+  const auto raiseLater = [&] {
+    const Busy busy(*machine);
+    machine->postpone([] { throw std::runtime_error("later"); });
+  };
+  EXPECT_THROW(raiseLater(), std::runtime_error) << "nothing else is on its way any more";
 }
 
 TEST_F(LifeOfAMachine, IsBusyForGoodOnceItHasEnded) {
